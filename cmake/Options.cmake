@@ -1,0 +1,7 @@
+# The switches of a build; the presets set them.
+option(TAVEK_STATIC "Link the program statically, as a position-independent executable" OFF)
+option(TAVEK_HARDEN "Build with the hardening flags and link options of a release" OFF)
+option(TAVEK_BUILD_TESTS "Build the unit and property tests" ON)
+option(TAVEK_TIDY "Run clang-tidy on every translation unit" OFF)
+set(TAVEK_SANITIZERS "" CACHE STRING "Sanitizers to build with, comma separated (address,undefined)")
+option(TAVEK_COVERAGE "Count the lines and branches that run" OFF)
