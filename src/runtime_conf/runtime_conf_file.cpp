@@ -1,0 +1,130 @@
+#include "runtime_conf/runtime_conf_file.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "log/log.h"
+
+namespace tavek {
+
+namespace {
+
+constexpr int kQuietLevel = 12; // A malformed file is no news to the user of a tool: the defaults apply.
+
+bool is_space(char c) {
+  return isspace(static_cast<unsigned char>(c)) != 0;
+}
+bool is_name_character(char c) {
+  return isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
+bool ends_line(char c) {
+  return c == '\0' || c == '#';
+}
+
+char* skip_space(char* text) {
+  while (is_space(*text)) {
+    ++text;
+  }
+  return text;
+}
+
+char* skip_name(char* text) {
+  while (is_name_character(*text)) {
+    ++text;
+  }
+  return text;
+}
+
+void expected_space(const char* line) {
+  // Also said where a name could not begin at all: what the writer has to mend is the same, a name and a space.
+  log_state().log_hook(kQuietLevel, "Invalid variable definition %s\nExpected a space after variable name\n", line);
+}
+
+void expected_value(const char* line) {
+  log_state().log_hook(kQuietLevel, "Invalid variable definition %s\nExpected a value", line);
+}
+
+// Where a value ends. A white-space character marks the end unless the one before it did: it then takes the mark back.
+// So a run of trailing white space, the newline counted, loses one character when it is odd and none when it is even.
+// Existing files rely on it: values with a wanted trailing blank are written with one more.
+char* value_end(char* value) {
+  char* mark = nullptr;
+  char* at = value + 1;
+  for (; !ends_line(*at); ++at) {
+    mark = is_space(*at) && mark == nullptr ? at : nullptr;
+  }
+  return mark != nullptr ? mark : at;
+}
+
+// Takes one line, changing it in place. Returns -1 with errno set only when memory ran out.
+int read_line(char* line, RuntimeConf* store) {
+  char* name = skip_space(line);
+  if (ends_line(*name)) {
+    return 0;
+  }
+  char* name_end = skip_name(name);
+  if (name_end == name || !is_space(*name_end)) {
+    expected_space(name);
+    return 0;
+  }
+  char* value = skip_space(name_end);
+  if (ends_line(*value)) {
+    expected_value(name);
+    return 0;
+  }
+  *value_end(value) = '\0';
+  *name_end = '\0';
+  return runtime_conf_set(name, value, store);
+}
+
+// Reads to the end. Returns 0 at the end of the file, 1 on a read error and -1 when memory ran out for a definition.
+int read_lines(FILE* file, RuntimeConf* store) {
+  char* line = nullptr;
+  std::size_t size = 0;
+  int result = 0;
+  while (result == 0 && getdelim(&line, &size, '\n', file) != -1) {
+    result = read_line(line, store);
+  }
+  if (result == 0 && (ferror(file) != 0 || feof(file) == 0)) {
+    result = 1;
+  }
+  const int error = errno;
+  free(line);
+  errno = error;
+  return result;
+}
+
+int read_failed(int error) {
+  log_state().log_hook(kQuietLevel, "Unable to read configuration file: %s", strerror(error));
+  errno = error;
+  return -1;
+}
+
+} // namespace
+
+int runtime_conf_read_file(const char* path, RuntimeConf* store) {
+  if (runtime_conf_reserve(store) == -1) {
+    return -1;
+  }
+  FILE* file = fopen(path, "re");
+  if (file == nullptr) {
+    const int error = errno;
+    log_state().log_hook(kQuietLevel, "unable to open configuration file %s: %s\n", path, strerror(error));
+    errno = error;
+    return -1;
+  }
+  const int result = read_lines(file, store);
+  const int error = errno;
+  fclose(file);
+  if (result == -1) {
+    errno = error;
+    return -1;
+  }
+  runtime_conf_sort(store);
+  return result == 0 ? 0 : read_failed(error);
+}
+
+} // namespace tavek
