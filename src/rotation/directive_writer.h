@@ -1,0 +1,49 @@
+#pragma once
+
+// The writers of the directives that the tool manages. All that is written to a rotation file goes through them, so
+// that the tally of what a stanza already has is right.
+
+#include <string>
+#include <string_view>
+
+#include "rotation/directive_tally.h"
+#include "rotation/output_stream.h"
+
+namespace tavek {
+
+/// Writes managed directives to one output and keeps the tally; neither is owned. Failures of the output are the
+/// output's to remember.
+class DirectiveWriter {
+public:
+  DirectiveWriter(OutputStream& output, DirectiveTally& tally) : output_(output), tally_(tally) {}
+
+  /// Writes a period: "size=VALUE" for the type "by_size", the value itself for "by_time", `pass_through` unchanged for
+  /// an empty type. A value that the stanza already has is not written again. Throws std::runtime_error for any other
+  /// type; nothing is written then.
+  void write_period(const std::string& type, const std::string& value, std::string_view pass_through);
+
+  /// Writes a rotation count; for a negative one `pass_through` unchanged.
+  void write_rotate(int count, std::string_view pass_through);
+
+  /// Writes "compress" or "nocompress".
+  void write_compress(bool compress);
+
+  /// Writes "mail" with the address and "mailfirst"; nothing for an empty address, which counts all the same.
+  void write_mail(const std::string& address);
+
+  void write_missingok();
+  void write_copytruncate();
+
+  /// Writes the anonymizing command, inside a postrotate script of its own when `with_block`. logrotate replaces the
+  /// command's $* by the names of the rotated logs.
+  void write_anonymize(bool with_block);
+
+  /// write_anonymize() when `condition` holds.
+  void write_anonymize_if(bool condition, bool with_block);
+
+private:
+  OutputStream& output_;
+  DirectiveTally& tally_;
+};
+
+} // namespace tavek

@@ -1,0 +1,53 @@
+#pragma once
+
+// Replacing a file as a whole: readers see the old content or the new one, never a part.
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "rotation/output_stream.h"
+
+namespace tavek {
+
+/// A temporary file beside a target, which is written, completed and renamed over it, in that order. The destructor
+/// removes the temporary file on every path on which the rename was not reached. A rename that fails leaves it, whole,
+/// for the administrator to put in place.
+class FileReplacement {
+public:
+  /// Creates the temporary file: the target's name, a dot and six characters, mode 0644. A file that cannot be created
+  /// is reported by require_open(). Throws std::bad_alloc.
+  explicit FileReplacement(const std::string& target);
+  ~FileReplacement();
+  FileReplacement(const FileReplacement&) = delete;
+  FileReplacement& operator=(const FileReplacement&) = delete;
+
+  /// Throws std::runtime_error when the temporary file could not be created.
+  void require_open() const;
+
+  OutputStream& output() { return output_; }
+
+  /// Writes out, syncs and closes the temporary file. Throws std::runtime_error when anything of that, or any write
+  /// before, has failed.
+  void complete();
+
+  /// Throws std::filesystem::filesystem_error.
+  void rename_over_target();
+
+private:
+  struct Free {
+    void operator()(char* text) const { std::free(text); }
+  };
+  using HeapText = std::unique_ptr<char, Free>;
+
+  static HeapText temporary_name(const std::string& target);
+  FileDescriptor create();
+
+  const std::string target_;
+  const HeapText temp_path_;
+  OutputStream output_;
+  int create_error_ = 0;
+  bool remove_ = false;
+};
+
+} // namespace tavek

@@ -1,0 +1,168 @@
+#include "rotation/rewrite_context.h"
+
+#include <algorithm>
+
+#include "rotation/vhost_generator.h"
+
+namespace tavek {
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+constexpr std::string_view kAnonymizer = "/anonymize_ip";
+
+// The first word from `at` on; it ends at one of `delimiters` or with the text.
+std::string_view word(std::string_view text, std::string_view delimiters) {
+  return text.substr(0, text.find_first_of(delimiters));
+}
+
+// Whether a script line starts the anonymizer, of whatever product root, with arguments.
+bool runs_anonymizer(std::string_view line) {
+  line.remove_prefix(line.find_first_not_of(kBlanks));
+  const std::string_view path = word(line, " \t\n");
+  const bool has_arguments = line[path.size()] != '\n';
+  return has_arguments && path.ends_with(kAnonymizer) && path.size() > kAnonymizer.size() + 1;
+}
+
+} // namespace
+
+RewriteContext::RewriteContext(const RewriteJob& job, OutputStream& output)
+    : job_(job), settings_(job.settings), output_(output), writer_(output, tally_) {}
+
+void RewriteContext::stanza_head(std::string_view text) {
+  tally_.stanza_targeted = targets(text);
+  ++tally_.stanzas;
+  tally_.last_period.clear();
+  copy(text);
+  tally_.copytruncate_pending = true;
+  insert_needed();
+}
+
+bool RewriteContext::targets(std::string_view head) const {
+  return !job_.select_targets ||
+         std::find(job_.target_logs.begin(), job_.target_logs.end(), word(head, kWhiteSpace)) != job_.target_logs.end();
+}
+
+// The flags are set only for a second pass.
+void RewriteContext::insert_needed() {
+  if (tally_.need_period != 0) {
+    writer_.write_period(settings_.period_type, settings_.period, "");
+  }
+  if (tally_.need_rotate != 0) {
+    writer_.write_rotate(settings_.rot_count, "");
+  }
+  if (tally_.need_compress != 0) {
+    writer_.write_compress(settings_.compress);
+  }
+  if (tally_.need_mail != 0) {
+    writer_.write_mail(settings_.email);
+  }
+}
+
+void RewriteContext::period_line(std::string_view text) {
+  writer_.write_period(settings_.period_type, settings_.period, text);
+}
+
+void RewriteContext::rotate_line(std::string_view text) {
+  writer_.write_rotate(settings_.rot_count, text);
+}
+
+void RewriteContext::compress_line(std::string_view text) {
+  if (settings_.system_mode) {
+    copy(text);
+  } else {
+    writer_.write_compress(settings_.compress);
+  }
+}
+
+void RewriteContext::missingok_line(std::string_view text) {
+  if (settings_.system_mode) {
+    copy(text);
+  } else {
+    writer_.write_missingok();
+  }
+}
+
+void RewriteContext::copytruncate_line(std::string_view text) {
+  if (settings_.system_mode) {
+    copy(text);
+  } else {
+    writer_.write_copytruncate();
+  }
+}
+
+void RewriteContext::mail_line(std::string_view text) {
+  if (settings_.system_mode) {
+    copy(text);
+  } else {
+    writer_.write_mail(settings_.email);
+  }
+}
+
+void RewriteContext::script_command(std::string_view text) {
+  if (settings_.anonymize == Switch::keep || !runs_anonymizer(text)) {
+    copy(text);
+  } else {
+    writer_.write_anonymize_if(anonymizes(), false);
+  }
+}
+
+void RewriteContext::endscript_line(std::string_view text) {
+  writer_.write_anonymize_if(lacks(&DirectiveTally::anonymizers) && anonymizes(), false);
+  copy(text);
+}
+
+void RewriteContext::stanza_close(std::string_view text) {
+  if (lacks(&DirectiveTally::periods)) {
+    writer_.write_period(settings_.period_type, settings_.period, "");
+  }
+  if (lacks(&DirectiveTally::rotates)) {
+    writer_.write_rotate(settings_.rot_count, "");
+  }
+  if (!settings_.system_mode) {
+    add_lacking_vhost_directives();
+  }
+  const bool editable = !settings_.system_mode || tally_.stanza_targeted;
+  writer_.write_anonymize_if(lacks(&DirectiveTally::anonymizers) && anonymizes() && editable, true);
+  copy(text);
+}
+
+void RewriteContext::add_lacking_vhost_directives() {
+  if (lacks(&DirectiveTally::compresses)) {
+    writer_.write_compress(settings_.compress);
+  }
+  if (lacks(&DirectiveTally::mails)) {
+    writer_.write_mail(settings_.email);
+  }
+  if (lacks(&DirectiveTally::missingoks)) {
+    writer_.write_missingok();
+  }
+  if (tally_.copytruncate_pending) {
+    writer_.write_copytruncate();
+  }
+}
+
+bool RewriteContext::end_of_input() {
+  if (settings_.system_mode || second_pass_) {
+    return false;
+  }
+  if (tally_.stanzas == 0) {
+    write_default_file(settings_, output_, tally_);
+    return false;
+  }
+  second_pass_ = needs_second_pass();
+  return second_pass_;
+}
+
+// A closed stanza has every kind, so this is for a file whose stanzas never close: the missing kinds are inserted at
+// their heads instead. What the first pass counted stays counted.
+bool RewriteContext::needs_second_pass() {
+  tally_.need_period += tally_.periods == 0 ? 1 : 0;
+  tally_.need_rotate += tally_.rotates == 0 ? 1 : 0;
+  tally_.need_compress += tally_.compresses == 0 ? 1 : 0;
+  tally_.need_mail += tally_.mails == 0 ? 1 : 0;
+  return (tally_.need_period | tally_.need_rotate | tally_.need_compress | tally_.need_mail) != 0;
+}
+
+} // namespace tavek

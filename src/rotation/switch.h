@@ -1,0 +1,22 @@
+#pragma once
+
+// The tri-state value of an option: keep what is there, switch it on, switch it off.
+
+#include <iosfwd>
+#include <string_view>
+
+namespace tavek {
+
+enum class Switch { keep = 0, on = 1, off = 2 };
+
+/// "keep", "on" or "off". Throws std::invalid_argument for a value outside the enumeration.
+std::string_view to_text(Switch value);
+
+/// Prints to_text(). What is printed can be read back, though "true" and "false" are accepted and never printed.
+std::ostream& operator<<(std::ostream& stream, Switch value);
+
+/// Reads one word: "on" or "true", "off" or "false", "keep", in lower case only. Any other word leaves `value`
+/// unchanged and sets the stream's failbit.
+std::istream& operator>>(std::istream& stream, Switch& value);
+
+} // namespace tavek

@@ -1,0 +1,62 @@
+#include "rotation/vhost_generator.h"
+
+#include <string>
+#include <string_view>
+
+#include "runtime_conf/runtime_conf.h"
+
+namespace tavek {
+
+namespace {
+
+constexpr std::string_view kHeader = "#ATTENTION!\n"
+                                     "#\n"
+                                     "#DO NOT MODIFY THIS FILE BECAUSE IT WAS GENERATED AUTOMATICALLY,\n"
+                                     "#SO ALL YOUR CHANGES WILL BE LOST THE NEXT TIME THE FILE IS GENERATED.\n";
+
+// A family of a host's logs.
+struct LogFamily {
+  std::string_view pattern; // Below the host's logs directory.
+  bool anonymized;          // Whether its rotated logs may be anonymized.
+};
+
+constexpr LogFamily kLogFamilies[] = {
+    {"*.processed", true},
+    {"error_log", true},
+    {"proxy_error_log", true},
+    {"php-fpm_error.log", false}, // Holds no visitor's address, so it is never passed through the script.
+};
+
+std::string stanza_head(const std::string& vhost_name, const LogFamily& family) {
+  std::string head = runtime_conf_get(HTTPD_VHOSTS_D);
+  head.append("/system/").append(vhost_name).append("/logs/").append(family.pattern).append(" {\n");
+  return head;
+}
+
+void write_stanza(const RotationSettings& settings, const LogFamily& family, OutputStream& output,
+                  DirectiveTally& tally) {
+  DirectiveWriter writer(output, tally);
+  output.write(stanza_head(settings.vhost_name, family));
+  tally.last_period.clear();
+  writer.write_period(settings.period_type, settings.period, "");
+  writer.write_rotate(settings.rot_count, "");
+  writer.write_compress(settings.compress);
+  writer.write_mail(settings.email);
+  writer.write_missingok();
+  writer.write_copytruncate();
+  writer.write_anonymize_if(family.anonymized && settings.anonymize == Switch::on, true);
+  output.write("}\n");
+}
+
+} // namespace
+
+void write_default_file(const RotationSettings& settings, OutputStream& output, DirectiveTally& tally) {
+  output.write(kHeader);
+  // logrotate refuses a log with a second hard link unless told otherwise, and the panel links hosts' logs.
+  output.write("\nallowhardlink\n");
+  for (const LogFamily& family : kLogFamilies) {
+    write_stanza(settings, family, output, tally);
+  }
+}
+
+} // namespace tavek

@@ -1,0 +1,15 @@
+#pragma once
+
+// The rotation file of a virtual host that has none yet.
+
+#include "rotation/directive_writer.h"
+#include "rotation/output_stream.h"
+#include "rotation/rotation_settings.h"
+
+namespace tavek {
+
+/// Writes the default file: a warning header, a global allowhardlink and a stanza for each of the host's four log
+/// families below the configured root of the virtual hosts. Throws std::runtime_error for an unknown period type.
+void write_default_file(const RotationSettings& settings, OutputStream& output, DirectiveTally& tally);
+
+} // namespace tavek
