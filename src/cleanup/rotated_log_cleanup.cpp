@@ -1,0 +1,115 @@
+#include "cleanup/rotated_log_cleanup.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <glob.h>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+#include "runtime_conf/runtime_conf.h"
+
+namespace tavek {
+
+namespace {
+
+constexpr const char* kVhostLogPatterns[] = {"*.processed", "error_log", "proxy_error_log"};
+constexpr std::string_view kCompressed = ".gz";
+
+// Owns the paths that match a pattern, sorted, directories with a '/' at the end.
+class GlobResult {
+public:
+  // Without a match, or when a directory cannot be read, there are no paths.
+  explicit GlobResult(const std::string& pattern) { ::glob(pattern.c_str(), GLOB_MARK, nullptr, &result_); }
+  ~GlobResult() { globfree(&result_); }
+  GlobResult(const GlobResult&) = delete;
+  GlobResult& operator=(const GlobResult&) = delete;
+
+  char** begin() const { return result_.gl_pathv; }
+  char** end() const { return result_.gl_pathv + result_.gl_pathc; }
+
+private:
+  glob_t result_{};
+};
+
+// Standard error is not buffered: each complaint is one write.
+void complain(const std::string& line) {
+  std::fputs(line.c_str(), stderr);
+}
+
+void clean_copies_of(const std::string& log, int rot_count) {
+  for (const char* path : GlobResult(log + ".*")) {
+    remove_if_beyond_rotation_count(path, rot_count);
+  }
+}
+
+// The text behind the last dot, ".gz" not counted, or nothing when there is no dot. It may reach into the directory
+// part of the path.
+std::optional<std::string> suffix_of(std::string_view path) {
+  if (path.ends_with(kCompressed)) {
+    path.remove_suffix(kCompressed.size());
+  }
+  const std::size_t dot = path.rfind('.');
+  if (dot == std::string_view::npos) {
+    return std::nullopt;
+  }
+  return std::string(path.substr(dot + 1));
+}
+
+// The number that a suffix is, or nothing after a complaint. A number out of range is deliberately not caught: no
+// rotation ever counted that far, so something is wrong that a person should look at before anything is deleted.
+std::optional<int> parse_number(const std::string& suffix, const std::string& path) {
+  try {
+    std::size_t parsed = 0;
+    const int number = std::stoi(suffix, &parsed);
+    if (parsed == suffix.size()) {
+      return number;
+    }
+    complain("Failed to parse suffix '" + suffix + "' completely (" + path + ")\n");
+  } catch (const std::invalid_argument&) {
+    complain("Failed to parse suffix '" + suffix + "' (" + path + ")\n");
+  }
+  return std::nullopt;
+}
+
+} // namespace
+
+void clean_vhost_logs(const std::string& vhost_name, int rot_count) {
+  const std::filesystem::path vhosts = runtime_conf_get(HTTPD_VHOSTS_D);
+  for (const std::filesystem::path& directory :
+       {vhosts / "system" / vhost_name / "logs", vhosts / vhost_name / "logs"}) {
+    for (const char* pattern : kVhostLogPatterns) {
+      clean_copies_of(directory / pattern, rot_count);
+    }
+  }
+}
+
+void clean_target_logs(const std::vector<std::string>& log_paths, int rot_count) {
+  for (const std::string& log : log_paths) {
+    clean_copies_of(log, rot_count);
+  }
+}
+
+bool is_beyond_rotation_count(const std::string& path, int rot_count) {
+  const std::optional<std::string> suffix = suffix_of(path);
+  if (!suffix) {
+    complain("Suffix not found in '" + path + "'\n");
+    return false;
+  }
+  const std::optional<int> number = parse_number(*suffix, path);
+  return number && rot_count < *number;
+}
+
+void remove_if_beyond_rotation_count(const std::string& path, int rot_count) {
+  if (!is_beyond_rotation_count(path, rot_count)) {
+    return;
+  }
+  std::error_code error;
+  std::filesystem::remove(path, error);
+  if (error) {
+    complain("Failed to remove '" + path + "': " + error.message() + ". Continue.\n");
+  }
+}
+
+} // namespace tavek
