@@ -1,0 +1,122 @@
+#include "driver/driver.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+#include "cleanup/rotated_log_cleanup.h"
+#include "driver/option_values.h"
+#include "driver/options.h"
+#include "driver/process_state.h"
+#include "driver/system_log_category.h"
+#include "driver/system_logs_fanout.h"
+#include "rotation/file_replacement.h"
+#include "rotation/rewriter.h"
+#include "rotation/rotation_settings.h"
+#include "rotation/target_file.h"
+#include "runtime_conf/runtime_conf.h"
+
+namespace tavek {
+
+namespace {
+
+constexpr const char* kVhostConfigDirectory = "/opt/oru/etc/logrotate.d";
+constexpr mode_t kFileCreationMask = 022;
+
+// The file that a run is about, as it was named: a category's own file unless the command line names one.
+std::string configuration_name(const Options& options, const SystemLogCategory* category) {
+  if (options.has("vhost-name")) {
+    return options.text("vhost-name");
+  }
+  return category != nullptr ? category->rotation_file : "";
+}
+
+void resolve_target(const std::string& name, RewriteJob& job) {
+  // at() is how a run without a name is refused: its error is what the panel knows that case by.
+  if (name.at(0) == '/') {
+    job.config_path = name;
+    job.settings.vhost_name = std::filesystem::path(name).filename();
+  } else {
+    job.config_path = std::filesystem::path(kVhostConfigDirectory) / name;
+    job.settings.vhost_name = name;
+  }
+}
+
+void run_rewrite(const RewriteJob& job) {
+  prepare_target(job.config_path);
+  const TerminationHold hold;
+  FileReplacement replacement(job.config_path);
+  rewrite(job, replacement);
+  replacement.complete();
+  if (!hold.termination_waits()) {
+    replacement.rename_over_target();
+  }
+}
+
+// Whether a host's file is to be rewritten. Only "on" reads, checks and cleans; "keep" rewrites the file with settings
+// that keep what it says.
+bool apply_status(const Options& options, const std::string& name, RewriteJob& job) {
+  switch (options.switch_value("on-off")) {
+  case Switch::off:
+    std::filesystem::remove(job.config_path);
+    return false;
+  case Switch::on:
+    fill_settings(options, job.settings);
+    if (!options.flag("keep-old-logs")) {
+      clean_vhost_logs(name, job.settings.rot_count);
+    }
+    return true;
+  case Switch::keep:
+    return true;
+  }
+  return true;
+}
+
+void run_virtual_host(const Options& options) {
+  RewriteJob job;
+  const std::string name = configuration_name(options, nullptr);
+  resolve_target(name, job);
+  job.settings.anonymize = options.switch_value("anonymize-ip");
+  umask(kFileCreationMask);
+  if (apply_status(options, name, job)) {
+    run_rewrite(job);
+  }
+}
+
+void run_category(const SystemLogCategory& category, const Options& options) {
+  RewriteJob job;
+  const std::string name = configuration_name(options, &category);
+  if (!std::filesystem::exists(std::filesystem::status(name))) {
+    return; // The service is not installed.
+  }
+  resolve_target(name, job);
+  const std::vector<std::string> logs(category.log_paths.begin(), category.log_paths.end());
+  job.settings.system_mode = true;
+  job.settings.anonymize = options.switch_value("anonymize-ip");
+  job.target_logs = logs;
+  job.select_targets = category.select_stanzas;
+  umask(kFileCreationMask);
+  fill_given_settings(options, job.settings);
+  if (!options.flag("keep-old-logs")) {
+    clean_target_logs(logs, job.settings.rot_count);
+  }
+  run_rewrite(job);
+}
+
+} // namespace
+
+void run(int argc, const char* const* argv) {
+  runtime_conf_load(); // A missing file is no error: every key has a default.
+  const Options options = parse_options(argc, argv);
+  if (options.flag("system-logs")) {
+    run_system_logs_fanout(argv[0], options);
+  } else if (const SystemLogCategory* category = selected_category(options)) {
+    run_category(*category, options);
+  } else {
+    run_virtual_host(options);
+  }
+}
+
+} // namespace tavek

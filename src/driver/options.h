@@ -1,0 +1,40 @@
+#pragma once
+
+// The command line: its options, its positional arguments and its usage text.
+
+#include <memory>
+#include <string>
+
+#include "rotation/switch.h"
+
+namespace boost::program_options {
+class variables_map;
+}
+
+namespace tavek {
+
+/// The options that were given or have a default, by name. The typed reads throw boost::bad_any_cast for an option that
+/// is absent.
+class Options {
+public:
+  explicit Options(std::unique_ptr<boost::program_options::variables_map> map);
+  Options(Options&&) noexcept;
+  ~Options();
+
+  /// Whether the option was given on the command line or has a default.
+  bool has(const std::string& name) const;
+
+  bool flag(const std::string& name) const;
+  const std::string& text(const std::string& name) const;
+  int number(const std::string& name) const;
+  Switch switch_value(const std::string& name) const;
+
+private:
+  std::unique_ptr<boost::program_options::variables_map> map_;
+};
+
+/// Parses a command line. When help is asked for and the rest of the line can be read, prints the usage text on
+/// standard output and ends the process with status 0. Throws boost::program_options::error.
+Options parse_options(int argc, const char* const* argv);
+
+} // namespace tavek

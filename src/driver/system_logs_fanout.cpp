@@ -1,0 +1,119 @@
+#include "driver/system_logs_fanout.h"
+
+#if __has_include(<boost/process/v1/child.hpp>)
+#include <boost/process/v1/child.hpp>
+#include <boost/process/v1/exe.hpp>
+#include <boost/process/v1/extend.hpp>
+namespace bp = boost::process::v1;
+#else
+#include <boost/process/child.hpp>
+#include <boost/process/exe.hpp>
+#include <boost/process/extend.hpp>
+namespace bp = boost::process;
+#endif
+#include <cstdlib>
+#include <sstream>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <vector>
+
+#include "driver/process_state.h"
+#include "driver/system_log_category.h"
+
+namespace tavek {
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+Words forwarded_words(const Options& options) {
+  Words words;
+  const auto forward = [&](const char* name, auto value_of) {
+    if (options.has(name)) {
+      words.push_back(std::string("--").append(name));
+      words.push_back(value_of(name));
+    }
+  };
+  const auto text = [&](const char* name) { return options.text(name); };
+  forward("period-type", text);
+  forward("period", text);
+  forward("rot-count", [&](const char* name) { return std::to_string(options.number(name)); });
+  forward("anonymize-ip", [&](const char* name) { return std::string(to_text(options.switch_value(name))); });
+  return words;
+}
+
+bool is_executable(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && access(path.c_str(), X_OK) == 0;
+}
+
+// Where a bare name is found. A name found nowhere stands for itself, so that starting it says what is wrong.
+std::string resolve_program(const std::string& program) {
+  const char* path = std::getenv("PATH");
+  if (program.find('/') != std::string::npos || is_executable(program) || path == nullptr) {
+    return program;
+  }
+  std::istringstream directories(path);
+  for (std::string directory; std::getline(directories, directory, ':');) {
+    if (directory.empty()) {
+      continue; // The current directory, which was looked at first.
+    }
+    std::string candidate = directory.append("/").append(program);
+    if (is_executable(candidate)) {
+      return candidate;
+    }
+  }
+  return program;
+}
+
+// Starts one child and waits for its end. `command` is the name that this process was started by, which the child is
+// told as well, and the arguments; `program` is what that name was found to be. Both are handed to the executor as they
+// are: the library's own initialisers stumble over a program or a word that is empty.
+int run_child(const std::string& program, Words command) {
+  std::vector<char*> argv;
+  for (std::string& word : command) {
+    argv.push_back(word.data());
+  }
+  argv.push_back(nullptr);
+  bp::child child(
+      bp::exe = "/",
+      bp::extend::on_setup =
+          [&](auto& executor) {
+            executor.exe = program.c_str();
+            executor.cmd_line = argv.data();
+          },
+      // Without this a failed fork would give a child that is none and has an exit code all the same.
+      bp::extend::on_fork_error =
+          [](auto&, const std::error_code& error) { throw bp::process_error(error, "fork() failed"); });
+  child.wait();
+  return child.exit_code();
+}
+
+// Single blanks and no quoting: the panel compares the line with the words that it forwarded.
+std::string failure_message(const Words& command, int exit_code) {
+  std::string message = "Command '" + command.front();
+  for (auto word = command.begin() + 1; word != command.end(); ++word) {
+    message.append(" ").append(*word);
+  }
+  return message + "' finished with exitcode " + std::to_string(exit_code);
+}
+
+} // namespace
+
+void run_system_logs_fanout(const std::string& program_path, const Options& options) {
+  take_child_statuses();
+  const std::string program = resolve_program(program_path);
+  const Words forwarded = forwarded_words(options);
+  for (const SystemLogCategory& category : system_log_categories()) {
+    Words command{program_path, std::string("--") + category.option};
+    command.insert(command.end(), forwarded.begin(), forwarded.end());
+    const int exit_code = run_child(program, command);
+    if (exit_code != 0) {
+      throw std::runtime_error(failure_message(command, exit_code));
+    }
+  }
+}
+
+} // namespace tavek
