@@ -1,0 +1,5 @@
+/var/www/vhosts/system/example.com/logs/error_log {
+	compress
+	daily
+	rotate 3
+}

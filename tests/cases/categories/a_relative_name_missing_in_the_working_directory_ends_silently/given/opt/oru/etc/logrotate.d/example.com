@@ -1,0 +1,3 @@
+/var/log/apache2/*.log {
+	rotate 4
+}

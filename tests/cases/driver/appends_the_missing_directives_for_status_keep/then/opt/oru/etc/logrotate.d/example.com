@@ -1,0 +1,5 @@
+/srv/a.log {
+	nocompress
+	missingok
+	copytruncate
+}

@@ -1,0 +1,26 @@
+#ATTENTION!
+#
+#DO NOT MODIFY THIS FILE BECAUSE IT WAS GENERATED AUTOMATICALLY,
+#SO ALL YOUR CHANGES WILL BE LOST THE NEXT TIME THE FILE IS GENERATED.
+
+allowhardlink
+/var/www/vhosts/system/example.com/logs/*.processed {
+	nocompress
+	missingok
+	copytruncate
+}
+/var/www/vhosts/system/example.com/logs/error_log {
+	nocompress
+	missingok
+	copytruncate
+}
+/var/www/vhosts/system/example.com/logs/proxy_error_log {
+	nocompress
+	missingok
+	copytruncate
+}
+/var/www/vhosts/system/example.com/logs/php-fpm_error.log {
+	nocompress
+	missingok
+	copytruncate
+}

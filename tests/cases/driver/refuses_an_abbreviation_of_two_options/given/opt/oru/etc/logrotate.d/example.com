@@ -1,0 +1,3 @@
+/var/log/a.log {
+	weekly
+}

@@ -1,0 +1,6 @@
+/var/log/a.log {
+	weekly
+	nocompress
+	missingok
+	copytruncate
+}

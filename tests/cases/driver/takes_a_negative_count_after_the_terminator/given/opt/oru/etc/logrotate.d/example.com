@@ -1,0 +1,5 @@
+/srv/a.log {
+  rotate  9
+}
+/srv/b.log {
+}

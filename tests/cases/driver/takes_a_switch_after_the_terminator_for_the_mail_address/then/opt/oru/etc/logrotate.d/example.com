@@ -1,0 +1,9 @@
+/var/log/a.log {
+	daily
+	rotate 5
+	compress
+	mail -K
+	mailfirst
+	missingok
+	copytruncate
+}

@@ -1,0 +1,3 @@
+/srv/a.log {
+	daily
+}

@@ -1,0 +1,7 @@
+/srv/a.log {
+	compress
+	mail ops@example.com
+	mailfirst
+	delaycompress
+  nomissingok
+}

@@ -1,0 +1,6 @@
+/srv/a.log {
+	nocompress
+	delaycompress
+	missingok
+	copytruncate
+}

@@ -1,0 +1,5 @@
+# kept by the administrator
+#
+# /var/log/shop.log {
+#	weekly
+# }

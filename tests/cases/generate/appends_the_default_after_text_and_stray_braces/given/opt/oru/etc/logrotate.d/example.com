@@ -1,0 +1,4 @@
+}
+{
+see /etc/motd and /usr/share/doc
+} }{ end

@@ -1,0 +1,7 @@
+monthly
+size 1k
+	rotate 4
+compress
+missingok
+copytruncate
+mailfirst

@@ -1,0 +1,6 @@
+/var/log/shop.log { 
+	weekly
+}
+/var/log/pay.log { # ours
+	weekly
+}

@@ -1,0 +1,4 @@
+/var/log/shop.log {
+	daily
+	rotate 2
+}

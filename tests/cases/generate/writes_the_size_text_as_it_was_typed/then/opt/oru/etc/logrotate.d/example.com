@@ -1,0 +1,34 @@
+#ATTENTION!
+#
+#DO NOT MODIFY THIS FILE BECAUSE IT WAS GENERATED AUTOMATICALLY,
+#SO ALL YOUR CHANGES WILL BE LOST THE NEXT TIME THE FILE IS GENERATED.
+
+allowhardlink
+/var/www/vhosts/system/example.com/logs/*.processed {
+	size= +10%s and more
+	rotate 2
+	compress
+	missingok
+	copytruncate
+}
+/var/www/vhosts/system/example.com/logs/error_log {
+	size= +10%s and more
+	rotate 2
+	compress
+	missingok
+	copytruncate
+}
+/var/www/vhosts/system/example.com/logs/proxy_error_log {
+	size= +10%s and more
+	rotate 2
+	compress
+	missingok
+	copytruncate
+}
+/var/www/vhosts/system/example.com/logs/php-fpm_error.log {
+	size= +10%s and more
+	rotate 2
+	compress
+	missingok
+	copytruncate
+}

@@ -1,0 +1,26 @@
+#ATTENTION!
+#
+#DO NOT MODIFY THIS FILE BECAUSE IT WAS GENERATED AUTOMATICALLY,
+#SO ALL YOUR CHANGES WILL BE LOST THE NEXT TIME THE FILE IS GENERATED.
+
+#allowhardlink
+#/var/www/vhosts/system/example.com/logs/*.processed {
+#	daily
+#	rotate 5
+#	compress
+#	missingok
+#	copytruncate
+#}
+#/var/www/vhosts/system/example.com/logs/error_log {
+#	daily
+#	rotate 5
+#	compress
+#	missingok
+#	copytruncate
+#	postrotate
+#		/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*
+#	endscript
+#}
+
+# rotation is done on the log host since 2024-01-01
+weekly

@@ -1,0 +1,27 @@
+#ATTENTION!
+#
+#DO NOT MODIFY THIS FILE BECAUSE IT WAS GENERATED AUTOMATICALLY,
+#SO ALL YOUR CHANGES WILL BE LOST THE NEXT TIME THE FILE IS GENERATED.
+
+allowhardlink
+/var/www/vhosts/system/example.com/logs/*.processed {
+	daily
+	rotate 52
+	compress
+	missingok
+	copytruncate
+	# while we hunt the bot, see mail of 3 May
+	rotate 400
+	nocompress
+}
+/var/www/vhosts/system/example.com/logs/error_log {
+	daily
+	rotate 52
+	compress
+	missingok
+	copytruncate
+}
+# no copies of these, please
+/var/www/vhosts/system/example.com/logs/proxy_error_log {
+	notifempty
+}

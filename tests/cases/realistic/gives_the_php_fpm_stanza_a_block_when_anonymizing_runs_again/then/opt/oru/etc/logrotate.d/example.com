@@ -1,0 +1,46 @@
+#ATTENTION!
+#
+#DO NOT MODIFY THIS FILE BECAUSE IT WAS GENERATED AUTOMATICALLY,
+#SO ALL YOUR CHANGES WILL BE LOST THE NEXT TIME THE FILE IS GENERATED.
+
+allowhardlink
+/var/www/vhosts/system/example.com/logs/*.processed {
+	size=1048576
+	rotate 3
+	nocompress
+	missingok
+	copytruncate
+	postrotate
+		/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*
+	endscript
+}
+/var/www/vhosts/system/example.com/logs/error_log {
+	size=1048576
+	rotate 3
+	nocompress
+	missingok
+	copytruncate
+	postrotate
+		/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*
+	endscript
+}
+/var/www/vhosts/system/example.com/logs/proxy_error_log {
+	size=1048576
+	rotate 3
+	nocompress
+	missingok
+	copytruncate
+	postrotate
+		/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*
+	endscript
+}
+/var/www/vhosts/system/example.com/logs/php-fpm_error.log {
+	size=1048576
+	rotate 3
+	nocompress
+	missingok
+	copytruncate
+	postrotate
+		/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*
+	endscript
+}

@@ -1,0 +1,46 @@
+#ATTENTION!
+#
+#DO NOT MODIFY THIS FILE BECAUSE IT WAS GENERATED AUTOMATICALLY,
+#SO ALL YOUR CHANGES WILL BE LOST THE NEXT TIME THE FILE IS GENERATED.
+
+allowhardlink
+/var/www/vhosts/system/example.com/logs/*.processed {
+	daily
+	rotate 5
+	compress
+	mail old@example.com
+	mailfirst
+	# and a copy to the agency
+    mail	agency@example.net
+    maillast 
+	missingok
+	copytruncate
+}
+/var/www/vhosts/system/example.com/logs/error_log {
+	daily
+	rotate 5
+	compress
+	maillast
+	mail old@example.com
+	missingok
+	copytruncate
+}
+/var/www/vhosts/system/example.com/logs/proxy_error_log {
+	daily
+	rotate 5
+	compress
+	mail old@example.com   # nobody reads this
+	mailfirst
+	missingok
+	copytruncate
+	#mail someone@example.com
+}
+# no mail for this one, it is noise
+/var/www/vhosts/system/example.com/logs/php-fpm_error.log {
+	daily
+	rotate 5
+	compress
+	mailfirst
+	missingok
+	copytruncate
+}

@@ -1,0 +1,45 @@
+#ATTENTION!
+#
+#DO NOT MODIFY THIS FILE BECAUSE IT WAS GENERATED AUTOMATICALLY,
+#SO ALL YOUR CHANGES WILL BE LOST THE NEXT TIME THE FILE IS GENERATED.
+
+allowhardlink
+/var/www/vhosts/system/example.com/logs/*.processed {
+	daily
+	rotate 5
+	compress
+	mail new@example.com
+	mailfirst
+	# and a copy to the agency
+	mail new@example.com
+	mailfirst
+	missingok
+	copytruncate
+}
+/var/www/vhosts/system/example.com/logs/error_log {
+	daily
+	rotate 5
+	compress
+	mail new@example.com
+	mailfirst
+	missingok
+	copytruncate
+}
+/var/www/vhosts/system/example.com/logs/proxy_error_log {
+	daily
+	rotate 5
+	compress
+	mail new@example.com
+	mailfirst
+	missingok
+	copytruncate
+	#mail someone@example.com
+}
+# no mail for this one, it is noise
+/var/www/vhosts/system/example.com/logs/php-fpm_error.log {
+	daily
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}

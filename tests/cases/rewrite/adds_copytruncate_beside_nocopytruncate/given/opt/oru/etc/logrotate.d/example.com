@@ -1,0 +1,5 @@
+/var/log/a.log {
+	nocopytruncate
+	copytruncate # x
+	copytruncates
+}

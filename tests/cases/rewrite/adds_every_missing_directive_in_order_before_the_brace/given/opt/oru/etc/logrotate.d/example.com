@@ -1,0 +1,6 @@
+/var/log/a.log {
+}
+
+/var/log/b.log {
+
+}

@@ -1,0 +1,5 @@
+/var/log/a.log {
+	weekly
+	ifempty } weekly
+rotate 9
+}

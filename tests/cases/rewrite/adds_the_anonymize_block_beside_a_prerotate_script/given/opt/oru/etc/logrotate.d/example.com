@@ -1,0 +1,5 @@
+/var/log/a.log {
+	prerotate
+		/usr/sbin/anonymize_ip $1
+	endscript
+}

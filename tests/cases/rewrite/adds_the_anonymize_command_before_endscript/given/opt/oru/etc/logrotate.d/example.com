@@ -1,0 +1,5 @@
+/var/log/a.log {
+	postrotate
+		one
+   endscript
+}

@@ -1,0 +1,11 @@
+/var/log/a.log {
+	postrotate
+		one
+		/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*
+   endscript
+	daily
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}

@@ -1,0 +1,8 @@
+/var/log/a.log {
+	postrotate
+		one
+	endscript
+	postrotate
+		two
+	endscript
+}

@@ -1,0 +1,14 @@
+/var/log/a.log {
+	postrotate
+		one
+		/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*
+	endscript
+	postrotate
+		two
+	endscript
+	daily
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}

@@ -1,0 +1,6 @@
+/var/log/a.log {
+  copytruncate 	
+copytruncate
+}
+/var/log/b.log {
+}

@@ -1,0 +1,4 @@
+/var/log/a.log {
+# keep {this} short
+	weekly
+}

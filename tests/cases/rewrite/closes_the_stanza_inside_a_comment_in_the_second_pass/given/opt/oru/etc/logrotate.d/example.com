@@ -1,0 +1,3 @@
+# {old}
+/var/log/a.log {
+	rotate 9

@@ -1,0 +1,7 @@
+/var/log/a.log {
+	rotate 9
+/var/log/b.log {
+	monthly
+}
+	rotate 7
+}

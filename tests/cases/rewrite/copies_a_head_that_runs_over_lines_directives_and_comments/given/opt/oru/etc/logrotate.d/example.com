@@ -1,0 +1,8 @@
+/var/log/a.log /var/log/b.log
+# both } of them
+weekly
+
+"/var/log/c d.log"
+{
+	weekly
+}

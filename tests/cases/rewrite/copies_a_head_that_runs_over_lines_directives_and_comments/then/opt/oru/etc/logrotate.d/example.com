@@ -1,0 +1,12 @@
+/var/log/a.log /var/log/b.log
+# both } of them
+weekly
+
+"/var/log/c d.log"
+{
+	daily
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}

@@ -1,0 +1,7 @@
+# ÿ /x {
+/var/log/ÿþé.log {
+	size Ã(
+	dateformat -€
+	compress 
+}
+í €

@@ -1,0 +1,6 @@
+/var/log/a.log {
+	postrotate
+		one
+	endscript
+	postrotate
+		two

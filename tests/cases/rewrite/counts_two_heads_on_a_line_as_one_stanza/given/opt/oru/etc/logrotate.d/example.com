@@ -1,0 +1,4 @@
+/var/log/a.log { /var/log/b.log {
+	rotate 9
+}
+}

@@ -1,0 +1,7 @@
+/var/log/a.log {
+	mail x@example.com
+	mailfirst
+	ifempty
+	maillast
+	mail 
+}

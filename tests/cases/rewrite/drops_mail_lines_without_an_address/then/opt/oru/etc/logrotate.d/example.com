@@ -1,0 +1,8 @@
+/var/log/a.log {
+	ifempty
+	daily
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}

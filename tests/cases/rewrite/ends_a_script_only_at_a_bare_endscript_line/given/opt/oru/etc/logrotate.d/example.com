@@ -1,0 +1,10 @@
+/var/log/a.log {
+	postrotate
+	endscript # no
+	echo endscript
+	endscripts
+	endscript
+	weekly
+	endscript
+	monthly
+}

@@ -1,0 +1,9 @@
+/var/log/a.log {
+	daily
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}
+/var/log/b.log {
+	daily

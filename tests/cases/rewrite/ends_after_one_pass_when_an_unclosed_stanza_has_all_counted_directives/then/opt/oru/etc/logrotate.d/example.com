@@ -1,0 +1,5 @@
+/var/log/a.log {
+	daily
+	rotate 5
+	compress
+	ifempty

@@ -1,0 +1,7 @@
+/var/log/a.log {
+postrotate 	
+		weekly
+}
+ 	endscript  
+	monthly
+}

@@ -1,0 +1,6 @@
+/var/log/a.log {
+	weekly
+	postrotate
+		/usr/sbin/anonymize_ip $1
+		one
+}

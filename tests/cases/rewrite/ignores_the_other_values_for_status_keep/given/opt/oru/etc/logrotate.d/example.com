@@ -1,0 +1,4 @@
+/var/log/a.log {
+	weekly
+	rotate 9
+}

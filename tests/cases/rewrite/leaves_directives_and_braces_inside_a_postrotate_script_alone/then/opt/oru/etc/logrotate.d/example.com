@@ -1,0 +1,21 @@
+/var/log/a.log {
+	postrotate
+		weekly
+		rotate 9
+		nocompress
+		nomissingok
+		copytruncate
+		mail x
+		mailfirst
+		postrotate
+		echo /b {
+	}
+	endscript
+	daily
+	rotate 5
+	compress
+	mail root@example.com
+	mailfirst
+	missingok
+	copytruncate
+}

@@ -1,0 +1,10 @@
+/var/log/a.log {
+	minsize 1M
+	maxsize 9M
+	yearly
+	hourly
+	Daily
+	ifempty weekly
+monthly
+	dail
+}

@@ -1,0 +1,9 @@
+/var/log/a.log {
+	daily
+	rotate
+	rotated 9
+	rotate=9
+	norotate 9
+	Rotate 9
+	ifempty rotate 9
+}

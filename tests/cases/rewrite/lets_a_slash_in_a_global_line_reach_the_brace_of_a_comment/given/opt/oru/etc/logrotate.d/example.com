@@ -1,0 +1,6 @@
+include /etc/extra
+# old stuff {
+weekly
+/var/log/a.log {
+	monthly
+}

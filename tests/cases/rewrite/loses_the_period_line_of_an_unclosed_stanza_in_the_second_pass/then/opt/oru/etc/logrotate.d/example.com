@@ -1,0 +1,2 @@
+/var/log/a.log {
+	ifempty

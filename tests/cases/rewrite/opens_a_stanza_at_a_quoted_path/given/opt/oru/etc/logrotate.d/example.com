@@ -1,0 +1,3 @@
+"/var/log/my app/a.log" {
+	weekly
+}

@@ -1,0 +1,3 @@
+/var/{log,tmp}/a.log {
+	weekly
+}

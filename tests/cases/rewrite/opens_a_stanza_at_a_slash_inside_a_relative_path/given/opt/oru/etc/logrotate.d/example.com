@@ -1,0 +1,3 @@
+logs/a.log {
+	weekly
+}

@@ -1,0 +1,7 @@
+logs/a.log {
+	daily
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}

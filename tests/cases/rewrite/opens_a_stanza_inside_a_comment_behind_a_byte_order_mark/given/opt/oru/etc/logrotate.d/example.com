@@ -1,0 +1,5 @@
+﻿# /var/log/old.log {
+weekly
+/var/log/a.log {
+	rotate 9
+}

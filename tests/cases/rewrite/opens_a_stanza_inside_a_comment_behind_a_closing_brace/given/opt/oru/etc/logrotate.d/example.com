@@ -1,0 +1,6 @@
+/var/log/a.log {
+	weekly
+	rotate 9
+} # was /var/log/b.log {
+	monthly
+}

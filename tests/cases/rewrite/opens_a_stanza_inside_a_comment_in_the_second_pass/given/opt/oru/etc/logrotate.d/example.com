@@ -1,0 +1,3 @@
+# } /var/log/old.log {
+weekly
+/var/log/a.log {

@@ -1,0 +1,10 @@
+# 	daily
+	rotate 5
+	compress
+	missingok
+	copytruncate
+} /var/log/old.log {
+	daily
+	rotate 5
+	compress
+/var/log/a.log {

@@ -1,0 +1,6 @@
+	nocompress
+	missingok
+	copytruncate
+}
+/var/log/a.log {
+	nocompress

@@ -1,0 +1,5 @@
+endscript
+}
+/var/log/a.log {
+	postrotate
+		one

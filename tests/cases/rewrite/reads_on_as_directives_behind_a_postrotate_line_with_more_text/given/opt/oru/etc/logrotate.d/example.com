@@ -1,0 +1,6 @@
+/var/log/a.log {
+	postrotate # reload
+		weekly-report
+	endscript
+	rotate 9
+}

@@ -1,0 +1,3 @@
+weekly
+/var/log/a.log {
+	rotate 9

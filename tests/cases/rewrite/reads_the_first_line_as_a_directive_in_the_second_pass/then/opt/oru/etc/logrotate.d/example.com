@@ -1,0 +1,3 @@
+	daily
+/var/log/a.log {
+	rotate 5

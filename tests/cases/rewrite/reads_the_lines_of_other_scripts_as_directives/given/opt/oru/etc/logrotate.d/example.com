@@ -1,0 +1,7 @@
+/var/log/a.log {
+	firstaction
+		weekly-report
+		test ${x} = y
+	endscript
+	rotate 9
+}

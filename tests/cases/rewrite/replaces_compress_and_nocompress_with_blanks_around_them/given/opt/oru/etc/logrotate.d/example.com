@@ -1,0 +1,7 @@
+/var/log/a.log {
+	daily
+	nocompress
+  nocompress 	
+compress	
+	 compress
+}

@@ -1,0 +1,11 @@
+/var/log/a.log {
+	daily
+	rotate 5
+	rotate 5
+	rotate 5
+	rotate 5
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}

@@ -1,0 +1,9 @@
+/var/log/a.log {
+ maillast 	
+	mail x@example.com
+	mailfirst
+mail	y z # }
+	mail 
+mailfirst	
+	ifempty
+}

@@ -1,0 +1,4 @@
+/var/log/a.log {
+	daily }
+	rotate 9
+}

@@ -1,0 +1,7 @@
+/var/log/a.log {
+	size=10M
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}

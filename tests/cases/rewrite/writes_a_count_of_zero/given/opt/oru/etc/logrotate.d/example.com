@@ -1,0 +1,5 @@
+/var/log/a.log {
+	rotate 9
+}
+/var/log/b.log {
+}

@@ -1,0 +1,5 @@
+/var/log/a.log {
+	compress
+}
+/var/log/b.log {
+}

@@ -1,0 +1,7 @@
+/var/www/vhosts/system/example.com/logs/error_log {
+	weekly
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}
