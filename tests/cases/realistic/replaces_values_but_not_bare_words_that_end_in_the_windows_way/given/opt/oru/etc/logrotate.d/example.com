@@ -21,6 +21,6 @@
     size 10M
     rotate 
     copytruncate
-    nocompress 
+    nocompress
     mail	
 }

@@ -26,7 +26,7 @@
 	weekly
 	rotate 6
     copytruncate
-    nocompress 
+    nocompress
 	mail ops@example.com
 	mailfirst
 	compress
