@@ -58,18 +58,16 @@ void run_rewrite(const RewriteJob& job) {
 // Whether a host's file is to be rewritten. Only "on" reads, checks and cleans; "keep" rewrites the file with settings
 // that keep what it says.
 bool apply_status(const Options& options, const std::string& name, RewriteJob& job) {
-  switch (options.switch_value("on-off")) {
-  case Switch::off:
+  const Switch status = options.switch_value("on-off");
+  if (status == Switch::off) {
     std::filesystem::remove(job.config_path);
     return false;
-  case Switch::on:
+  }
+  if (status == Switch::on) {
     fill_settings(options, job.settings);
     if (!options.flag("keep-old-logs")) {
       clean_vhost_logs(name, job.settings.rot_count);
     }
-    return true;
-  case Switch::keep:
-    return true;
   }
   return true;
 }
@@ -92,15 +90,15 @@ void run_category(const SystemLogCategory& category, const Options& options) {
     return; // The service is not installed.
   }
   resolve_target(name, job);
-  const std::vector<std::string> logs(category.log_paths.begin(), category.log_paths.end());
+  const std::vector<std::string> cleanup_paths(category.log_paths.begin(), category.log_paths.end());
   job.settings.system_mode = true;
   job.settings.anonymize = options.switch_value("anonymize-ip");
-  job.target_logs = logs;
+  job.target_logs = cleanup_paths;
   job.select_targets = category.select_stanzas;
   umask(kFileCreationMask);
   fill_given_settings(options, job.settings);
   if (!options.flag("keep-old-logs")) {
-    clean_target_logs(logs, job.settings.rot_count);
+    clean_target_logs(cleanup_paths, job.settings.rot_count);
   }
   run_rewrite(job);
 }
@@ -111,7 +109,7 @@ void run(int argc, const char* const* argv) {
   runtime_conf_load(); // A missing file is no error: every key has a default.
   const Options options = parse_options(argc, argv);
   if (options.flag("system-logs")) {
-    run_system_logs_fanout(argv[0], options);
+    SystemLogsFanout(argv[0], options).run();
   } else if (const SystemLogCategory* category = selected_category(options)) {
     run_category(*category, options);
   } else {

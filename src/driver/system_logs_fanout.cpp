@@ -17,7 +17,6 @@ namespace bp = boost::process;
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
-#include <vector>
 
 #include "driver/process_state.h"
 #include "driver/system_log_category.h"
@@ -102,14 +101,15 @@ std::string failure_message(const Words& command, int exit_code) {
 
 } // namespace
 
-void run_system_logs_fanout(const std::string& program_path, const Options& options) {
+SystemLogsFanout::SystemLogsFanout(const std::string& program_path, const Options& options)
+    : program_path_(program_path), program_(resolve_program(program_path)), forwarded_(forwarded_words(options)) {}
+
+void SystemLogsFanout::run() const {
   take_child_statuses();
-  const std::string program = resolve_program(program_path);
-  const Words forwarded = forwarded_words(options);
   for (const SystemLogCategory& category : system_log_categories()) {
-    Words command{program_path, std::string("--") + category.option};
-    command.insert(command.end(), forwarded.begin(), forwarded.end());
-    const int exit_code = run_child(program, command);
+    Words command{program_path_, std::string("--") + category.option};
+    command.insert(command.end(), forwarded_.begin(), forwarded_.end());
+    const int exit_code = run_child(program_, command);
     if (exit_code != 0) {
       throw std::runtime_error(failure_message(command, exit_code));
     }

@@ -68,36 +68,30 @@ void RewriteContext::rotate_line(std::string_view text) {
   writer_.write_rotate(settings_.rot_count, text);
 }
 
-void RewriteContext::compress_line(std::string_view text) {
+// A system rotation file keeps its own directives of the kinds that are managed for virtual hosts only.
+template <typename Write>
+void RewriteContext::replace_for_vhost(std::string_view text, Write write) {
   if (settings_.system_mode) {
     copy(text);
   } else {
-    writer_.write_compress(settings_.compress);
+    write();
   }
+}
+
+void RewriteContext::compress_line(std::string_view text) {
+  replace_for_vhost(text, [&] { writer_.write_compress(settings_.compress); });
 }
 
 void RewriteContext::missingok_line(std::string_view text) {
-  if (settings_.system_mode) {
-    copy(text);
-  } else {
-    writer_.write_missingok();
-  }
+  replace_for_vhost(text, [&] { writer_.write_missingok(); });
 }
 
 void RewriteContext::copytruncate_line(std::string_view text) {
-  if (settings_.system_mode) {
-    copy(text);
-  } else {
-    writer_.write_copytruncate();
-  }
+  replace_for_vhost(text, [&] { writer_.write_copytruncate(); });
 }
 
 void RewriteContext::mail_line(std::string_view text) {
-  if (settings_.system_mode) {
-    copy(text);
-  } else {
-    writer_.write_mail(settings_.email);
-  }
+  replace_for_vhost(text, [&] { writer_.write_mail(settings_.email); });
 }
 
 void RewriteContext::script_command(std::string_view text) {

@@ -47,6 +47,8 @@ private:
   bool targets(std::string_view head) const;
   bool anonymizes() const { return settings_.anonymize == Switch::on; }
   bool lacks(int DirectiveTally::*kind) const { return tally_.*kind < tally_.stanzas; }
+  template <typename Write>
+  void replace_for_vhost(std::string_view text, Write write);
   void insert_needed();
   void add_lacking_vhost_directives();
   bool needs_second_pass();
