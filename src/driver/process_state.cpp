@@ -9,6 +9,12 @@ namespace {
 
 constexpr int kTerminationSignals[] = {SIGHUP, SIGINT, SIGTERM, SIGQUIT};
 
+bool is_ignored(int signal) {
+  struct sigaction action {};
+  sigaction(signal, nullptr, &action);
+  return action.sa_handler == SIG_IGN;
+}
+
 } // namespace
 
 void open_missing_standard_streams() {
@@ -46,8 +52,9 @@ bool TerminationHold::termination_waits() const {
   sigset_t waiting;
   sigpending(&waiting);
   for (const int signal : kTerminationSignals) {
-    // The kernel drops an ignored signal; one that the caller had blocked is for the caller.
-    if (sigismember(&waiting, signal) == 1 && sigismember(&before_, signal) == 0) {
+    // While it is blocked even an ignored signal waits; it is dropped when the hold ends. One that the caller had
+    // blocked goes on waiting.
+    if (sigismember(&waiting, signal) == 1 && sigismember(&before_, signal) == 0 && !is_ignored(signal)) {
       return true;
     }
   }
