@@ -1,0 +1,210 @@
+// The walks over the logs of a virtual host and of a list.
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+#include "cleanup/rotated_log_cleanup.h"
+#include "runtime_conf/runtime_conf.h"
+#include "unit/cleanup/cleanup_fixture.h"
+#include "unit/cleanup/refused_removal.h"
+
+namespace tavek {
+
+namespace {
+
+using test::complaints_of;
+using Names = std::set<std::string>;
+
+std::string in_system_logs(const std::string& name) {
+  return "system/example.com/logs/" + name;
+}
+std::string in_own_logs(const std::string& name) {
+  return "example.com/logs/" + name;
+}
+
+class CleanVhostLogs : public test::CleanupFixture {
+protected:
+  static std::string complaints(const std::string& vhost_name, int rot_count) {
+    return complaints_of([&] { clean_vhost_logs(vhost_name, rot_count); });
+  }
+};
+
+class CleanTargetLogs : public test::CleanupFixture {
+protected:
+  std::string complaints(const std::vector<std::string>& names, int rot_count) const {
+    std::vector<std::string> paths;
+    for (const std::string& name : names) {
+      paths.push_back(path_of(name));
+    }
+    return complaints_of([&] { clean_target_logs(paths, rot_count); });
+  }
+};
+
+TEST_F(CleanVhostLogs, RemovesCopiesBeyondTheCountInBothDirectories) {
+  for (const std::string& logs : {in_system_logs(""), in_own_logs("")}) {
+    for (const std::string log : {"access_log.processed", "a_b.processed", "error_log", "proxy_error_log"}) {
+      given({logs + log, logs + log + ".1", logs + log + ".3.gz", logs + log + ".4.gz", logs + log + ".10"});
+    }
+  }
+  EXPECT_EQ(complaints("example.com", 3), "");
+  Names kept;
+  for (const std::string& logs : {in_system_logs(""), in_own_logs("")}) {
+    for (const std::string log : {"access_log.processed", "a_b.processed", "error_log", "proxy_error_log"}) {
+      kept.merge(Names{logs + log, logs + log + ".1", logs + log + ".3.gz"});
+    }
+  }
+  EXPECT_EQ(remaining(), kept);
+}
+
+TEST_F(CleanVhostLogs, RemovesEveryNumberedCopyWithoutACount) {
+  given({in_own_logs("error_log"), in_own_logs("error_log.0"), in_own_logs("error_log.1.gz"),
+         in_own_logs("error_log.-1")});
+  EXPECT_EQ(complaints("example.com", -1), "");
+  EXPECT_EQ(remaining(), (Names{in_own_logs("error_log"), in_own_logs("error_log.-1")}));
+}
+
+TEST_F(CleanVhostLogs, LeavesOtherLogsAlone) {
+  const Names others = {in_own_logs("access_log.9"),
+                        in_own_logs("my_error_log.9"),
+                        in_own_logs("error_log9"),
+                        in_own_logs(".hidden.processed.9"),
+                        in_own_logs("xferlog_processed.9"),
+                        in_own_logs("deeper/error_log.9"),
+                        "example.com/error_log.9",
+                        "other.com/logs/error_log.9",
+                        "system/other.com/logs/error_log.9",
+                        "logs/error_log.9",
+                        "system/logs/error_log.9"};
+  given(others);
+  EXPECT_EQ(complaints("example.com", 3), "");
+  EXPECT_EQ(remaining(), others);
+}
+
+// Complaints show the order: the system directory first, in each one pattern after the other, each in sorted order.
+TEST_F(CleanVhostLogs, WalksDirectoriesAndPatternsInTheirOrder) {
+  const std::vector<std::string> in_order = {"z.processed.x", "error_log.x", "error_log.y", "proxy_error_log.x"};
+  std::string expected;
+  for (const std::string& logs : {in_system_logs(""), in_own_logs("")}) {
+    for (const std::string& name : in_order) {
+      given({logs + name});
+      expected += not_a_number(name.substr(name.size() - 1), logs + name);
+    }
+  }
+  EXPECT_EQ(complaints("example.com", 3), expected);
+}
+
+TEST_F(CleanVhostLogs, MindsNoMissingDirectory) {
+  EXPECT_EQ(complaints("example.com", 3), "");
+  given({in_own_logs("error_log.9")});
+  EXPECT_EQ(complaints("example.com", 3), "");
+  EXPECT_EQ(remaining(), Names{});
+}
+
+TEST_F(CleanVhostLogs, ReadsOnIntoTheHostNameForACompressedFileWithoutANumber) {
+  given({in_own_logs("error_log.gz")});
+  EXPECT_EQ(complaints("example.com", -1), not_a_number("com/logs/error_log", in_own_logs("error_log.gz")));
+  EXPECT_EQ(remaining(), Names{in_own_logs("error_log.gz")});
+}
+
+TEST_F(CleanVhostLogs, KeepsACompressedLogWithoutANumber) {
+  given({in_own_logs("access_log.processed.gz")});
+  EXPECT_EQ(complaints("example.com", -1), not_a_number("processed", in_own_logs("access_log.processed.gz")));
+  EXPECT_EQ(remaining(), Names{in_own_logs("access_log.processed.gz")});
+}
+
+TEST_F(CleanVhostLogs, ReportsADirectoryAndKeepsItThoughItIsEmpty) {
+  std::filesystem::create_directories(path_of(in_own_logs("error_log.9")));
+  EXPECT_EQ(complaints("example.com", 3), not_only_a_number("9/", in_own_logs("error_log.9/")));
+  EXPECT_TRUE(std::filesystem::is_directory(path_of(in_own_logs("error_log.9"))));
+}
+
+TEST_F(CleanVhostLogs, ReportsALinkToADirectoryAndKeepsBoth) {
+  given({in_own_logs("error_log"), "elsewhere/file"});
+  std::filesystem::create_directory_symlink(path_of("elsewhere"), path_of(in_own_logs("error_log.9")));
+  EXPECT_EQ(complaints("example.com", 3), not_only_a_number("9/", in_own_logs("error_log.9/")));
+  EXPECT_EQ(remaining(), (Names{in_own_logs("error_log"), in_own_logs("error_log.9"), "elsewhere/file"}));
+}
+
+TEST_F(CleanVhostLogs, RemovesALinkThatPointsNowhere) {
+  given({in_own_logs("error_log")});
+  std::filesystem::create_symlink("nowhere", path_of(in_own_logs("error_log.9")));
+  EXPECT_EQ(complaints("example.com", 3), "");
+  EXPECT_EQ(remaining(), Names{in_own_logs("error_log")});
+}
+
+TEST_F(CleanVhostLogs, GoesOnWhenTheSystemRefusesARemoval) {
+  given({in_own_logs("error_log.5"), in_own_logs("error_log.6"), in_own_logs("error_log.7")});
+  const std::string refused = path_of(in_own_logs("error_log.6"));
+  const test::RefusedRemoval refusal(refused);
+  EXPECT_EQ(complaints("example.com", 3), "Failed to remove '" + refused + "': Permission denied. Continue.\n");
+  EXPECT_EQ(remaining(), Names{in_own_logs("error_log.6")});
+}
+
+TEST_F(CleanVhostLogs, StopsAtANumberOutOfRange) {
+  given({in_system_logs("error_log.10"), in_system_logs("error_log.123456789012"), in_system_logs("error_log.20"),
+         in_own_logs("error_log.10")});
+  EXPECT_THROW(clean_vhost_logs("example.com", 3), std::out_of_range);
+  EXPECT_EQ(remaining(), (Names{in_system_logs("error_log.123456789012"), in_system_logs("error_log.20"),
+                                in_own_logs("error_log.10")}));
+}
+
+TEST_F(CleanVhostLogs, TakesTheHostNameAsPartOfAPattern) {
+  given({"a.com/logs/error_log.9", "b.com/logs/error_log.9", "ab.com/logs/error_log.9"});
+  EXPECT_EQ(complaints("?.com", 3), "");
+  EXPECT_EQ(remaining(), Names{"ab.com/logs/error_log.9"});
+}
+
+TEST_F(CleanVhostLogs, TakesAnAbsoluteHostNameForItself) {
+  const TemporaryDirectory elsewhere;
+  std::filesystem::create_directory(elsewhere / "logs");
+  const std::string copy = elsewhere.write("logs/error_log.9", "");
+  EXPECT_EQ(complaints(elsewhere.path(), 3), "");
+  EXPECT_FALSE(std::filesystem::exists(copy));
+}
+
+TEST_F(CleanTargetLogs, RemovesCopiesBeyondTheCountOfEachLog) {
+  given({"a.log", "a.log.3", "a.log.4.gz", "b/b.log.4", "b/b.log.2.gz", "c.log.9"});
+  EXPECT_EQ(complaints({"a.log", "b/b.log"}, 3), "");
+  EXPECT_EQ(remaining(), (Names{"a.log", "a.log.3", "b/b.log.2.gz", "c.log.9"}));
+}
+
+TEST_F(CleanTargetLogs, TakesALogAsAPattern) {
+  given({"a.log.9", "b.log.9", "c.txt.9"});
+  EXPECT_EQ(complaints({"*.log"}, 3), "");
+  EXPECT_EQ(remaining(), Names{"c.txt.9"});
+}
+
+TEST_F(CleanTargetLogs, WalksTheListInItsOrder) {
+  given({"a.x", "b.2", "b.x", "b.y"});
+  EXPECT_EQ(complaints({"b", "missing", "a"}, 3),
+            not_a_number("x", "b.x") + not_a_number("y", "b.y") + not_a_number("x", "a.x"));
+}
+
+TEST_F(CleanTargetLogs, DoesNothingForAnEmptyList) {
+  given({"a.9"});
+  EXPECT_EQ(complaints({}, 3), "");
+  EXPECT_EQ(remaining(), Names{"a.9"});
+}
+
+TEST_F(CleanTargetLogs, ComplainsAboutANameThatEndsInADot) {
+  given({"a."});
+  EXPECT_EQ(complaints({"a"}, -1), not_a_number("", "a."));
+}
+
+TEST_F(CleanTargetLogs, GoesOnWhenTheSystemRefusesARemoval) {
+  given({"a.9", "b.9"});
+  const test::RefusedRemoval refusal(path_of("a.9"));
+  EXPECT_EQ(complaints({"a", "b"}, 3), "Failed to remove '" + path_of("a.9") + "': Permission denied. Continue.\n");
+  EXPECT_EQ(remaining(), Names{"a.9"});
+}
+
+TEST_F(CleanTargetLogs, StopsAtANumberOutOfRange) {
+  given({"a.9", "b.123456789012", "c.9"});
+  EXPECT_THROW(clean_target_logs({path_of("a"), path_of("b"), path_of("c")}, 3), std::out_of_range);
+  EXPECT_EQ(remaining(), (Names{"b.123456789012", "c.9"}));
+}
+
+} // namespace
+
+} // namespace tavek

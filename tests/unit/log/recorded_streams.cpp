@@ -1,0 +1,62 @@
+#include "unit/log/recorded_streams.h"
+
+#include <cstdio>
+#include <sys/types.h>
+
+namespace tavek::test {
+
+namespace {
+
+/// Stands in for one of the two streams. It is fully buffered, so that a text arrives only when it is flushed.
+class StandIn {
+public:
+  StandIn(FILE*& stream, std::string name, bool broken, Writes& writes)
+      : stream_(stream), original_(stream), name_(std::move(name)), broken_(broken), writes_(writes) {
+    cookie_io_functions_t functions{};
+    functions.write = write;
+    stream_ = fopencookie(this, "w", functions);
+  }
+  ~StandIn() {
+    FILE* own = stream_;
+    stream_ = original_;
+    broken_ = true; // What was not flushed until now does not count.
+    fclose(own);
+  }
+  StandIn(const StandIn&) = delete;
+  StandIn& operator=(const StandIn&) = delete;
+
+private:
+  static ssize_t write(void* cookie, const char* text, size_t length) {
+    auto* self = static_cast<StandIn*>(cookie);
+    if (self->broken_) {
+      return 0;
+    }
+    if (self->writes_.empty() || self->writes_.back().first != self->name_) {
+      self->writes_.emplace_back(self->name_, "");
+    }
+    self->writes_.back().second.append(text, length);
+    return static_cast<ssize_t>(length);
+  }
+
+  FILE*& stream_;
+  FILE* original_;
+  std::string name_;
+  bool broken_;
+  Writes& writes_;
+};
+
+} // namespace
+
+Writes written_by(const std::function<void()>& action, const std::string& broken) {
+  Writes writes;
+  const StandIn error(stderr, "stderr", broken == "stderr", writes);
+  const StandIn output(stdout, "stdout", broken == "stdout", writes);
+  action();
+  return writes;
+}
+
+Writes on_both_streams(const std::string& text) {
+  return {{"stderr", text}, {"stdout", text}};
+}
+
+} // namespace tavek::test

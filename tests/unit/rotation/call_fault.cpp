@@ -1,0 +1,96 @@
+#include "call_fault.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace tavek {
+
+namespace {
+
+CallFault* armed = nullptr;
+
+} // namespace
+
+CallFault::CallFault(Call call, std::function<int()> event) : call_(call), event_(std::move(event)) {
+  armed = this;
+}
+
+CallFault::~CallFault() {
+  armed = nullptr;
+}
+
+bool CallFault::strikes(Call call) {
+  if (armed == nullptr || armed->call_ != call || armed->happened_) {
+    return false;
+  }
+  armed->happened_ = true;
+  const int error = armed->event_();
+  errno = error != 0 ? error : errno;
+  return error != 0;
+}
+
+} // namespace tavek
+
+namespace {
+
+using tavek::Call;
+using tavek::CallFault;
+
+// The definition behind ours: the C library's, or a sanitizer's on the way to it.
+template <typename Function>
+Function* next(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+extern "C" {
+
+int close(int fd) {
+  static auto* const close_next = next<int(int)>("close");
+  if (CallFault::strikes(Call::close)) {
+    const int error = errno;
+    close_next(fd);
+    errno = error;
+    return -1;
+  }
+  return close_next(fd);
+}
+
+int fchmod(int fd, mode_t mode) noexcept {
+  static auto* const fchmod_next = next<int(int, mode_t)>("fchmod");
+  return CallFault::strikes(Call::fchmod) ? -1 : fchmod_next(fd, mode);
+}
+
+pid_t fork() noexcept {
+  static auto* const fork_next = next<pid_t()>("fork");
+  return CallFault::strikes(Call::fork) ? -1 : fork_next();
+}
+
+int fsync(int fd) {
+  static auto* const fsync_next = next<int(int)>("fsync");
+  return CallFault::strikes(Call::fsync) ? -1 : fsync_next(fd);
+}
+
+// Only the linker knows it by its real name: the parameter is declared there under a name that is a keyword.
+int temporary_file(char* name, int flags) asm("mkostemp");
+
+int temporary_file(char* name, int flags) {
+  static auto* const mkostemp_next = next<int(char*, int)>("mkostemp");
+  return CallFault::strikes(Call::mkostemp) ? -1 : mkostemp_next(name, flags);
+}
+
+ssize_t read(int fd, void* buf, size_t nbytes) {
+  static auto* const read_next = next<ssize_t(int, void*, size_t)>("read");
+  return CallFault::strikes(Call::read) ? -1 : read_next(fd, buf, nbytes);
+}
+
+ssize_t write(int fd, const void* buf, size_t n) {
+  static auto* const write_next = next<ssize_t(int, const void*, size_t)>("write");
+  return CallFault::strikes(Call::write) ? -1 : write_next(fd, buf, n);
+}
+}

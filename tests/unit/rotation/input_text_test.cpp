@@ -1,0 +1,169 @@
+#include "rotation/input_text.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string_view>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include "call_fault.h"
+#include "rotation/file_descriptor.h"
+#include "temporary_directory.h"
+
+namespace tavek {
+
+namespace {
+
+std::string_view bytes_of(InputText& text) {
+  return {text.data(), text.size()};
+}
+
+// Bytes of every value, so that none can be lost unseen.
+std::string sample(std::size_t size) {
+  std::string bytes(size, '\0');
+  for (std::size_t i = 0; i < size; ++i) {
+    bytes[i] = static_cast<char>((i * 7 + i / 256) % 256);
+  }
+  return bytes;
+}
+
+// What reading the file throws, or "read".
+template <typename Error>
+std::string complaint(const std::string& path) {
+  try {
+    InputText::of_file(path);
+  } catch (const Error& error) {
+    return error.what();
+  }
+  return "read";
+}
+
+std::ptrdiff_t open_descriptors() {
+  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+  return std::distance(begin(descriptors), end(descriptors));
+}
+
+class InputTextTest : public testing::Test {
+protected:
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file";
+};
+
+TEST_F(InputTextTest, ReadsEveryByteOfAFileOfAnySize) {
+  for (const std::size_t size : {0U, 1U, 2U, 4093U, 4094U, 4095U, 4096U, 4097U, 8191U, 8192U, 100000U}) {
+    const std::string content = sample(size);
+    InputText text = InputText::of_file(directory.write("file", content));
+    EXPECT_TRUE(bytes_of(text) == content) << size << " bytes";
+  }
+}
+
+TEST_F(InputTextTest, EndsWithTwoNulBytesThatAreNotCounted) {
+  InputText text = InputText::of_file(directory.write("file", "abc"));
+  EXPECT_EQ(text.size(), 3U);
+  EXPECT_EQ(text.buffer_size(), 5U);
+  EXPECT_EQ(std::string(text.data(), 5), std::string("abc\0\0", 5));
+}
+
+TEST_F(InputTextTest, CopiesAText) {
+  for (const std::string_view original : {std::string_view(""), std::string_view("a\0b\n", 4)}) {
+    InputText text = InputText::of(original);
+    EXPECT_EQ(bytes_of(text), original);
+    EXPECT_EQ(text.buffer_size(), original.size() + 2);
+    EXPECT_EQ(std::string(text.data() + text.size(), 2), std::string(2, '\0'));
+  }
+}
+
+TEST_F(InputTextTest, FollowsASymbolicLink) {
+  directory.write("file", "content");
+  std::filesystem::create_symlink("file", directory / "link");
+  InputText text = InputText::of_file(directory / "link");
+  EXPECT_EQ(bytes_of(text), "content");
+}
+
+TEST_F(InputTextTest, ReadsAFileThatGrowsMeanwhileToItsEnd) {
+  const std::string content = sample(100);
+  const std::string more = sample(70000);
+  directory.write("file", content);
+  const CallFault growth(Call::read, [&] {
+    std::ofstream(path, std::ios::binary | std::ios::app) << more;
+    return 0;
+  });
+  InputText text = InputText::of_file(path);
+  EXPECT_TRUE(growth.happened());
+  EXPECT_TRUE(bytes_of(text) == content + more);
+  EXPECT_EQ(std::string(text.data() + text.size(), 2), std::string(2, '\0'));
+}
+
+TEST_F(InputTextTest, ReadsAFileThatIsCutMeanwhile) {
+  directory.write("file", sample(50000));
+  const CallFault cut(Call::read, [&] {
+    std::filesystem::resize_file(path, 10);
+    return 0;
+  });
+  InputText text = InputText::of_file(path);
+  EXPECT_EQ(bytes_of(text), sample(10));
+  EXPECT_EQ(text.buffer_size(), 12U);
+}
+
+TEST_F(InputTextTest, ReadsAgainAfterAnInterruption) {
+  directory.write("file", "content");
+  const CallFault interruption(Call::read, EINTR);
+  InputText text = InputText::of_file(path);
+  EXPECT_TRUE(interruption.happened());
+  EXPECT_EQ(bytes_of(text), "content");
+}
+
+TEST_F(InputTextTest, AReadErrorEndsTheScanner) {
+  directory.write("file", "content");
+  const CallFault fault(Call::read, EIO);
+  EXPECT_EQ(complaint<ScannerFatalError>(path), "input in flex scanner failed");
+}
+
+TEST_F(InputTextTest, ADirectoryEndsTheScanner) {
+  EXPECT_EQ(complaint<ScannerFatalError>(directory.path()), "input in flex scanner failed");
+}
+
+// The file is sparse, and refused before anything of it is read.
+TEST_F(InputTextTest, AFileTooLargeForTheScannerEndsIt) {
+  std::filesystem::resize_file(directory.write("file", ""), 2147483647 - 16);
+  const CallFault reading(Call::read, 0);
+  EXPECT_EQ(complaint<ScannerFatalError>(path), "fatal error - scanner input buffer overflow");
+  EXPECT_FALSE(reading.happened());
+}
+
+TEST_F(InputTextTest, AMissingFileCannotBeOpened) {
+  EXPECT_EQ(complaint<std::runtime_error>(path), "Failed to open " + path + ": No such file or directory");
+}
+
+TEST_F(InputTextTest, AFifoIsRefusedWithoutWaitingForAWriter) {
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  EXPECT_EQ(complaint<std::runtime_error>(path), "Failed to open " + path + ": Not a regular file");
+}
+
+TEST_F(InputTextTest, ADeviceIsRefused) {
+  EXPECT_EQ(complaint<std::runtime_error>("/dev/zero"), "Failed to open /dev/zero: Not a regular file");
+}
+
+TEST_F(InputTextTest, ASocketCannotBeOpened) {
+  const FileDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_un address{AF_UNIX, ""};
+  ASSERT_LT(path.copy(address.sun_path, sizeof address.sun_path - 1), sizeof address.sun_path - 1);
+  ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  EXPECT_EQ(complaint<std::runtime_error>(path), "Failed to open " + path + ": No such device or address");
+}
+
+TEST_F(InputTextTest, LeavesNoDescriptorOpen) {
+  directory.write("file", "content");
+  const std::ptrdiff_t before = open_descriptors();
+  InputText::of_file(path);
+  complaint<ScannerFatalError>(directory.path());
+  complaint<std::runtime_error>("/dev/null");
+  EXPECT_EQ(open_descriptors(), before);
+}
+
+} // namespace
+
+} // namespace tavek

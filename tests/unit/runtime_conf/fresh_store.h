@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "runtime_conf/runtime_conf_store.h"
+#include "unit/runtime_conf/recorded_reports.h"
+
+namespace tavek::test {
+
+/// A fresh store, freed at the end as the loader does it; the address sanitizer tells when that frees wrongly.
+class FreshStore : public RecordedReports {
+protected:
+  ~FreshStore() override { runtime_conf_free(store); }
+
+  /// Defines that many names "N000", "N001", ... with the values "0", "1", ...
+  void define_numbered(int count) {
+    for (int i = 0; i < count; ++i) {
+      ASSERT_EQ(runtime_conf_set(numbered(i).c_str(), std::to_string(i).c_str(), store), 0);
+    }
+  }
+  static std::string numbered(int i) {
+    const std::string digits = std::to_string(1000 + i);
+    return "N" + digits.substr(1);
+  }
+
+  std::string found(const std::string& name) const {
+    const char* value = runtime_conf_find(store, name.c_str());
+    return value != nullptr ? value : "(none)";
+  }
+
+  /// The entries in use, in their order, each as "NAME=value".
+  std::vector<std::string> entries() const {
+    std::vector<std::string> all;
+    for (std::uint64_t i = 0; i < store->count; ++i) {
+      all.push_back(store->entries[i].name + std::string("=") + store->entries[i].value);
+    }
+    return all;
+  }
+
+  RuntimeConf* store = static_cast<RuntimeConf*>(calloc(1, sizeof(RuntimeConf)));
+};
+
+} // namespace tavek::test

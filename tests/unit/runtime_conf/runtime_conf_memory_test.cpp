@@ -1,0 +1,176 @@
+// Every allocation that the reader asks for may fail: what was there stays, and nothing leaks (which the address
+// sanitizer tells).
+
+#include <cerrno>
+#include <cstdint>
+#include <gtest/gtest.h>
+
+#include "runtime_conf/runtime_conf.h"
+#include "runtime_conf/runtime_conf_file.h"
+#include "unit/log/failing_allocation.h"
+#include "unit/runtime_conf/fresh_store.h"
+#include "unit/temporary_directory.h"
+
+namespace tavek {
+
+namespace {
+
+using test::FailingAllocation;
+using test::Reports;
+
+Reports cannot_grow() {
+  return {{12, "Unable to read configuration: Cannot allocate memory"}};
+}
+Reports cannot_copy() {
+  return {{12, "Unable to form configuration: Cannot allocate memory"}};
+}
+Reports no_store() {
+  return {{3, "Not enough memory to allocate Tavek runtime configuration structure"}};
+}
+
+/// Expects a call to fail for want of memory, with these reports.
+class RuntimeConfMemory : public test::FreshStore {
+protected:
+  void expect_failure(int result, const Reports& reports) {
+    EXPECT_EQ(errno, ENOMEM);
+    EXPECT_EQ(result, -1);
+    EXPECT_EQ(take_reports(), reports);
+    errno = 0;
+  }
+
+  /// A store of impossible size over one entry, which must not be touched.
+  void expect_too_large(std::uint64_t capacity, std::uint64_t count) {
+    RuntimeConfEntry only{};
+    RuntimeConf huge{&only, capacity, count, 1};
+    const FailingAllocation counted(0);
+    expect_failure(runtime_conf_reserve(&huge), cannot_grow());
+    EXPECT_EQ(counted.calls(), 0);
+    EXPECT_EQ(huge.entries, &only);
+    EXPECT_EQ(huge.capacity, capacity);
+    EXPECT_EQ(huge.count, count);
+  }
+};
+
+TEST_F(RuntimeConfMemory, HasNoFirstArrayAndNoReport) {
+  store->capacity = 7;
+  const FailingAllocation first(1);
+  expect_failure(runtime_conf_reserve(store), {});
+  EXPECT_EQ(store->entries, nullptr);
+  EXPECT_EQ(store->capacity, 0U);
+}
+
+TEST_F(RuntimeConfMemory, CannotGrowTheArray) {
+  define_numbered(20);
+  const RuntimeConfEntry* const before = store->entries;
+  {
+    const FailingAllocation first(1);
+    expect_failure(runtime_conf_reserve(store), cannot_grow());
+  }
+  EXPECT_EQ(store->entries, before);
+  EXPECT_EQ(store->capacity, 20U);
+  EXPECT_EQ(store->count, 20U);
+  EXPECT_EQ(found("N019"), "19");
+}
+
+TEST_F(RuntimeConfMemory, RefusesASizeThatDoesNotFit) {
+  expect_too_large(UINT64_C(1) << 63, UINT64_C(1) << 63); // Twice the capacity.
+  expect_too_large(1, UINT64_MAX - 19);                   // Twenty more.
+  expect_too_large(UINT64_C(1) << 59, UINT64_C(1) << 59); // The size in bytes.
+}
+
+TEST_F(RuntimeConfMemory, DefinesNothingWithoutAnArray) {
+  const FailingAllocation first(1);
+  expect_failure(runtime_conf_set("A", "1", store), {});
+  EXPECT_EQ(store->count, 0U);
+}
+
+TEST_F(RuntimeConfMemory, DefinesNothingWithoutBothCopies) {
+  define_numbered(1);
+  for (const int nth : {1, 2}) {
+    const FailingAllocation copy(nth);
+    expect_failure(runtime_conf_set("A", "1", store), cannot_copy());
+  }
+  EXPECT_EQ(entries(), std::vector<std::string>{"N000=0"});
+}
+
+TEST_F(RuntimeConfMemory, KeepsTheOldValueWithoutBothCopies) {
+  runtime_conf_set("A", "old", store);
+  for (const int nth : {1, 2}) {
+    const FailingAllocation copy(nth);
+    expect_failure(runtime_conf_set("A", "new", store), cannot_copy());
+  }
+  EXPECT_EQ(found("A"), "old");
+}
+
+TEST_F(RuntimeConfMemory, FreesAStoreThatFailedAfterGrowing) {
+  define_numbered(21);
+  const FailingAllocation first(1);
+  expect_failure(runtime_conf_set("A", "1", store), cannot_copy());
+  EXPECT_EQ(store->count, 21U);
+}
+
+/// The same through a file.
+class RuntimeConfFileMemory : public RuntimeConfMemory {
+protected:
+  ~RuntimeConfFileMemory() override {
+    runtime_conf_reset();
+    runtime_conf_use_file(nullptr);
+  }
+  TemporaryDirectory folder;
+};
+
+TEST_F(RuntimeConfFileMemory, OpensNoFileWithoutAnArray) {
+  const FailingAllocation first(1);
+  expect_failure(runtime_conf_read_file((folder / "absent.conf").c_str(), store), {});
+}
+
+TEST_F(RuntimeConfFileMemory, StopsReadingAtALineThatFindsNoMemory) {
+  const std::string path = folder.write("oru.conf", "A 1\nB 2\nC 3\n");
+  const FailingAllocation value_of_b(5); // After the array and four copies it takes.
+  expect_failure(runtime_conf_read_file(path.c_str(), store), cannot_copy());
+  EXPECT_EQ(entries(), std::vector<std::string>{"A=1"});
+}
+
+TEST_F(RuntimeConfFileMemory, LoadsNothingWithoutAStore) {
+  const std::string path = folder.write("oru.conf", "HTTPD_VHOSTS_D /srv/vhosts\n");
+  runtime_conf_use_file(path.c_str());
+  const FailingAllocation first(1);
+  expect_failure(runtime_conf_load(), no_store());
+}
+
+// Store, array, two copies a line and the array once more: whichever fails, the load fails, and the next one succeeds.
+TEST_F(RuntimeConfFileMemory, LoadsAllOrNothing) {
+  std::string content;
+  for (int i = 0; i < 25; ++i) {
+    content += numbered(i) + " " + std::to_string(i) + "\n";
+  }
+  const std::string path = folder.write("oru.conf", content);
+  runtime_conf_use_file(path.c_str());
+  const int allocations = 1 + 1 + 2 * 25 + 1;
+  for (int nth = 1; nth <= allocations; ++nth) {
+    {
+      const FailingAllocation failing(nth);
+      EXPECT_EQ(runtime_conf_load(), -1) << nth;
+      EXPECT_EQ(errno, ENOMEM) << nth;
+    }
+    EXPECT_STREQ(runtime_conf_lookup("N024"), "24") << nth;
+    runtime_conf_reset();
+  }
+  const FailingAllocation counted(0);
+  EXPECT_EQ(runtime_conf_load(), 0);
+  EXPECT_EQ(counted.calls(), allocations);
+}
+
+TEST_F(RuntimeConfFileMemory, AnswersDefaultsMeanwhile) {
+  const std::string path = folder.write("oru.conf", "HTTPD_VHOSTS_D /srv/vhosts\n");
+  runtime_conf_use_file(path.c_str());
+  {
+    const FailingAllocation first(1);
+    EXPECT_STREQ(runtime_conf_get(HTTPD_VHOSTS_D), "/var/www/vhosts");
+  }
+  EXPECT_STREQ(runtime_conf_get(HTTPD_VHOSTS_D), "/srv/vhosts");
+}
+
+} // namespace
+
+} // namespace tavek
