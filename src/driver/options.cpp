@@ -1,5 +1,7 @@
 #include "driver/options.h"
 
+#include <algorithm>
+#include <boost/program_options/errors.hpp>
 #include <boost/program_options/options_description.hpp>
 #include <boost/program_options/parsers.hpp>
 #include <boost/program_options/positional_options.hpp>
@@ -8,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <sstream>
 
 namespace po = boost::program_options;
@@ -74,6 +77,28 @@ void print_usage(const std::string& program, const po::options_description& opti
   std::fflush(stdout);
 }
 
+// In the text of an error the library replaces its placeholders until none is left. Where the word that is put in holds
+// one itself, that never ends.
+constexpr const char* kPlaceholders[] = {"%value%", "%option%", "%original_token%", "%canonical_option%", "%prefix%"};
+
+bool holds_placeholder(const char* word) {
+  return std::any_of(std::begin(kPlaceholders), std::end(kPlaceholders),
+                     [&](const char* placeholder) { return std::strstr(word, placeholder) != nullptr; });
+}
+
+void parse_into(po::variables_map& map, int argc, const char* const* argv, const po::options_description& options) {
+  const po::positional_options_description positionals = describe_positionals();
+  try {
+    po::store(po::command_line_parser(argc, argv).options(options).positional(positionals).run(), map);
+  } catch (const po::error_with_option_name&) {
+    const char* const* word = std::find_if(argv, argv + argc, holds_placeholder);
+    if (word == argv + argc) {
+      throw;
+    }
+    throw po::error(std::string("the word '").append(*word).append("' on the command line cannot be read"));
+  }
+}
+
 } // namespace
 
 Options::Options(std::unique_ptr<po::variables_map> map) : map_(std::move(map)) {}
@@ -98,9 +123,8 @@ Switch Options::switch_value(const std::string& name) const {
 
 Options parse_options(int argc, const char* const* argv) {
   const po::options_description options = describe_options();
-  const po::positional_options_description positionals = describe_positionals();
   auto map = std::make_unique<po::variables_map>();
-  po::store(po::command_line_parser(argc, argv).options(options).positional(positionals).run(), *map);
+  parse_into(*map, argc, argv, options);
   // Only now: a malformed value elsewhere on the line is reported even when help is asked for.
   if (map->count("help") != 0) {
     print_usage(base_name(argv[0]), options);
