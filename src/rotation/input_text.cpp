@@ -65,7 +65,7 @@ InputText InputText::of_file(const std::string& path) {
 
 InputText InputText::of(std::string_view text) {
   InputText copy(text.size());
-  std::memcpy(copy.data(), text.data(), text.size());
+  std::copy(text.begin(), text.end(), copy.data());
   copy.size_ = text.size();
   copy.terminate();
   return copy;

@@ -2,8 +2,8 @@
 
 // The stream that a rewrite writes to.
 
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -22,7 +22,7 @@ public:
 
   void write(std::string_view text) {
     if (text.size() <= kCapacity - used_) {
-      std::memcpy(buffer_.get() + used_, text.data(), text.size());
+      std::copy(text.begin(), text.end(), buffer_.get() + used_);
       used_ += text.size();
     } else {
       write_through(text);

@@ -115,10 +115,10 @@ int runtime_conf_set(const char* name, const char* value, RuntimeConf* store) {
 }
 
 void runtime_conf_sort(RuntimeConf* store) {
-  if (store->sorted == 0) {
+  if (store->sorted == 0 && store->entries != nullptr) {
     qsort(store->entries, store->count, sizeof(RuntimeConfEntry), compare_names);
-    store->sorted = 1;
   }
+  store->sorted = 1;
 }
 
 const char* runtime_conf_find(const RuntimeConf* store, const char* name) {
