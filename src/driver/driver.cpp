@@ -1,7 +1,7 @@
 #include "driver/driver.h"
 
 #include <filesystem>
-#include <optional>
+#include <stdexcept>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
@@ -37,9 +37,9 @@ void resolve_target(const std::string& name, RewriteJob& job) {
   // at() is how a run without a name is refused: its error is what the panel knows that case by.
   if (name.at(0) == '/') {
     job.config_path = name;
-    job.settings.vhost_name = std::filesystem::path(name).filename();
+    job.settings.vhost_name = name.substr(name.rfind('/') + 1);
   } else {
-    job.config_path = std::filesystem::path(kVhostConfigDirectory) / name;
+    job.config_path = std::string(kVhostConfigDirectory).append("/").append(name);
     job.settings.vhost_name = name;
   }
 }
@@ -50,9 +50,11 @@ void run_rewrite(const RewriteJob& job) {
   FileReplacement replacement(job.config_path);
   rewrite(job, replacement);
   replacement.complete();
-  if (!hold.termination_waits()) {
-    replacement.rename_over_target();
+  if (hold.termination_waits()) {
+    // Only the first process of a container, which the kernel spares, lives to report this.
+    throw std::runtime_error("Terminated by a signal");
   }
+  replacement.rename_over_target();
 }
 
 // Whether a host's file is to be rewritten. Only "on" reads, checks and cleans; "keep" rewrites the file with settings

@@ -50,6 +50,7 @@ TerminationHold::~TerminationHold() {
 
 bool TerminationHold::termination_waits() const {
   sigset_t waiting;
+  sigemptyset(&waiting);
   sigpending(&waiting);
   for (const int signal : kTerminationSignals) {
     // While it is blocked even an ignored signal waits; it is dropped when the hold ends. One that the caller had
