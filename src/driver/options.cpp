@@ -122,7 +122,8 @@ Switch Options::switch_value(const std::string& name) const {
 }
 
 Options parse_options(int argc, const char* const* argv) {
-  const po::options_description options = describe_options();
+  // Never destroyed: the run is about to end, and taking the description apart would be a twentieth of it.
+  static const auto& options = *new po::options_description(describe_options());
   auto map = std::make_unique<po::variables_map>();
   parse_into(*map, argc, argv, options);
   // Only now: a malformed value elsewhere on the line is reported even when help is asked for.

@@ -1,12 +1,14 @@
 #include "rotation/file_replacement.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <new>
 #include <stdexcept>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 #include "log/strbuf.h"
@@ -70,7 +72,10 @@ void FileReplacement::complete() {
 
 void FileReplacement::rename_over_target() {
   remove_ = false;
-  std::filesystem::rename(temp_path_.get(), target_);
+  if (::rename(temp_path_.get(), target_.c_str()) == -1) {
+    throw std::filesystem::filesystem_error("cannot rename", temp_path_.get(), target_,
+                                            std::error_code(errno, std::generic_category()));
+  }
 }
 
 } // namespace tavek

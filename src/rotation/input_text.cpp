@@ -5,7 +5,9 @@
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <string_view>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,6 +19,7 @@ namespace tavek {
 namespace {
 
 constexpr std::size_t kLargest = INT_MAX - 16; // flex counts the bytes of a buffer and of a token in an int.
+constexpr std::size_t kHugePage = 2097152;     // A large file takes half as long to read where the system has them.
 constexpr std::size_t kFirstCapacity = 4096;   // For a file that does not tell its size.
 
 [[noreturn]] void too_large() {
@@ -48,7 +51,12 @@ std::size_t capacity_for(off_t size) {
 } // namespace
 
 InputText::InputText(std::size_t capacity)
-    : bytes_(std::make_unique_for_overwrite<char[]>(capacity + kEndBytes)), capacity_(capacity) {}
+    : bytes_(std::make_unique_for_overwrite<char[]>(capacity + kEndBytes)), capacity_(capacity) {
+  void* huge_pages = bytes_.get();
+  if (std::align(kHugePage, kHugePage, huge_pages, capacity) != nullptr) {
+    madvise(huge_pages, capacity, MADV_HUGEPAGE);
+  }
+}
 
 InputText InputText::of_file(const std::string& path) {
   // Opening must not wait for a writer in case a FIFO has just taken the file's place.
