@@ -49,7 +49,7 @@ TEST_F(Driver, GivesAHostTheAnonymizingScript) {
 }
 
 TEST_F(Driver, EveryOneMayReadTheFileWhateverTheCallersMaskIs) {
-  for (const mode_t mask : {0, 077, 0777}) {
+  for (const mode_t mask : {0U, 077U, 0777U}) {
     std::filesystem::remove(target);
     umask(mask);
     run_tool({target, "keep"});

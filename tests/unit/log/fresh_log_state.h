@@ -3,6 +3,7 @@
 // The scoped way to start from scratch: each test of a fixture derived from this begins with the facility as at process
 // start and without its environment variables, and leaves nothing behind.
 
+#include <cstdarg>
 #include <cstdlib>
 #include <gtest/gtest.h>
 
@@ -19,6 +20,14 @@ protected:
     log_state() = LogState{};
     unsetenv("TAVEK_LOG_LEVEL");
     unsetenv("TAVEK_LOG_TRACE_ID");
+  }
+
+  /// Reports as a caller does that holds a va_list.
+  __attribute__((format(printf, 2, 3))) static void call_vhook(int level, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    log_state().log_vhook(level, format, args);
+    va_end(args);
   }
 };
 

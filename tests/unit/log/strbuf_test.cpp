@@ -2,46 +2,19 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <gtest/gtest.h>
-#include <string>
-#include <wchar.h>
 
 #include "unit/log/failing_allocation.h"
+#include "unit/log/strbuf_fixture.h"
 
 namespace tavek {
 
 namespace {
 
 using test::FailingAllocation;
+using test::repeated;
 
-/// A growable string as its callers hold it. Each operation checks that the text is returned and its room exact.
-class Strbuf : public testing::Test {
-protected:
-  ~Strbuf() override { free(text); }
-
-  void init() { ASSERT_NE(strbuf_init(&text, &room), nullptr); }
-  void append(const std::string& string) {
-    const char* result = strbuf_append(&text, &room, string.c_str());
-    ASSERT_NE(result, nullptr);
-    EXPECT_EQ(result, text);
-  }
-  // Every byte of the room is usable; the address sanitizer objects otherwise.
-  void fill_room() { memset(text + strlen(text), 'f', room + 1); }
-
-  void expect(const std::string& expected_text, std::size_t expected_room) {
-    EXPECT_STREQ(text, expected_text.c_str());
-    EXPECT_EQ(room, expected_room);
-  }
-
-  char* text = nullptr;
-  std::size_t room = 0;
-};
-
-std::string repeated(std::size_t length) {
-  return std::string(length, 'r');
-}
+class Strbuf : public test::StrbufFixture {};
 
 TEST_F(Strbuf, BeginsEmptyWithRoomFor79) {
   EXPECT_EQ(strbuf_init(&text, &room), text);
@@ -178,78 +151,6 @@ TEST_F(Strbuf, AppendsNothingWhenThereIsNoMemoryToBegin) {
   EXPECT_EQ(strbuf_append(&text, &room, "text"), nullptr);
   EXPECT_EQ(errno, ENOMEM);
   EXPECT_EQ(text, nullptr);
-}
-
-/// The formatted additions.
-class StrbufPrintf : public Strbuf {};
-
-TEST_F(StrbufPrintf, MakesATemplateForTheNameOfATemporaryFile) {
-  const std::string path = "/" + repeated(99);
-  EXPECT_EQ(strbuf_printf(&text, &room, "%s.XXXXXX", path.c_str()), text);
-  expect(path + ".XXXXXX", 52);
-}
-
-TEST_F(StrbufPrintf, AddsAtTheEnd) {
-  append("number ");
-  EXPECT_EQ(strbuf_printf(&text, &room, "%d of %s", 5, "seven"), text);
-  expect("number 5 of seven", 79 - 17);
-}
-
-TEST_F(StrbufPrintf, AddsNothing) {
-  EXPECT_EQ(strbuf_printf(&text, &room, "%s", ""), text);
-  expect("", 79);
-}
-
-TEST_F(StrbufPrintf, UsesTheWholeRoomWithoutGrowing) {
-  const FailingAllocation second(2);
-  EXPECT_NE(strbuf_printf(&text, &room, "%s", repeated(79).c_str()), nullptr);
-  expect(repeated(79), 0);
-}
-
-TEST_F(StrbufPrintf, GrowsForOneCharacterTooMany) {
-  EXPECT_NE(strbuf_printf(&text, &room, "%s", repeated(80).c_str()), nullptr);
-  expect(repeated(80), 79);
-  fill_room();
-}
-
-TEST_F(StrbufPrintf, FormatsTheSameArgumentsAgainAfterGrowing) {
-  append("r");
-  EXPECT_NE(strbuf_printf(&text, &room, "%s%d%s", repeated(300).c_str(), 5, "six"), nullptr);
-  expect("r" + repeated(300) + "5six", 0);
-}
-
-TEST_F(StrbufPrintf, KeepsTextAndRoomWhenItCannotGrow) {
-  append("text");
-  const FailingAllocation first(1);
-  errno = 0;
-  EXPECT_EQ(strbuf_printf(&text, &room, "%s", repeated(76).c_str()), nullptr);
-  EXPECT_EQ(errno, ENOMEM);
-  expect("text", 75);
-}
-
-TEST_F(StrbufPrintf, StaysNullWhenThereIsNoMemoryToBegin) {
-  const FailingAllocation first(1);
-  errno = 0;
-  EXPECT_EQ(strbuf_printf(&text, &room, "%d", 5), nullptr);
-  EXPECT_EQ(errno, ENOMEM);
-  EXPECT_EQ(text, nullptr);
-}
-
-// The wide character has no form in the C locale.
-TEST_F(StrbufPrintf, KeepsTheTextWhenTheFormatCannotBeCarriedOut) {
-  append("text");
-  EXPECT_EQ(strbuf_printf(&text, &room, "more %lc", static_cast<wint_t>(0x3b1)), nullptr);
-  expect("text", 75);
-}
-
-// The first pass overwrites the end of its own argument with the count of characters, which makes the second longer.
-TEST_F(StrbufPrintf, RefusesATextThatGrewPastTheRoomMeanwhile) {
-  std::string argument = repeated(300);
-  argument[100] = '\0';
-  auto* end = reinterpret_cast<signed char*>(&argument[100]);
-  append("text");
-  EXPECT_EQ(strbuf_printf(&text, &room, "%s%hhn", argument.c_str(), end), nullptr);
-  expect("text", 155);
 }
 
 } // namespace

@@ -63,7 +63,7 @@ TEST_F(FileReplacementTest, NamesTheTemporaryFileAfterTheTarget) {
 }
 
 TEST_F(FileReplacementTest, EveryOneSeesTheNewFileWhateverTheMaskIs) {
-  for (const mode_t mask : {0, 022, 077, 0777}) {
+  for (const mode_t mask : {0U, 022U, 077U, 0777U}) {
     const mode_t before = umask(mask);
     const FileReplacement replacement(target);
     umask(before);

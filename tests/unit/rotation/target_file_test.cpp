@@ -46,11 +46,11 @@ TEST_F(TargetFile, SaysWhyItFailedToOpen) {
 
 TEST_F(TargetFile, RefusesWhatIsNeitherAFileNorADirectory) {
   struct stat status {};
-  for (const mode_t kind : {S_IFIFO, S_IFSOCK, S_IFCHR, S_IFBLK}) {
+  for (const mode_t kind : std::initializer_list<mode_t>{S_IFIFO, S_IFSOCK, S_IFCHR, S_IFBLK}) {
     status.st_mode = kind | 0644;
     EXPECT_THROW(refuse_special_file("x", status), std::runtime_error) << std::oct << kind;
   }
-  for (const mode_t kind : {S_IFREG, S_IFDIR}) {
+  for (const mode_t kind : std::initializer_list<mode_t>{S_IFREG, S_IFDIR}) {
     status.st_mode = kind | 0644;
     EXPECT_NO_THROW(refuse_special_file("x", status)) << std::oct << kind;
   }

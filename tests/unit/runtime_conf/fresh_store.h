@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -37,6 +38,11 @@ protected:
       all.push_back(store->entries[i].name + std::string("=") + store->entries[i].value);
     }
     return all;
+  }
+
+  bool unused_slots_are_zero() const {
+    return std::all_of(store->entries + store->count, store->entries + store->capacity,
+                       [](const RuntimeConfEntry& entry) { return entry.name == nullptr && entry.value == nullptr; });
   }
 
   RuntimeConf* store = static_cast<RuntimeConf*>(calloc(1, sizeof(RuntimeConf)));

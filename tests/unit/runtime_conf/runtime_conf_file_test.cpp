@@ -2,10 +2,11 @@
 
 #include <cerrno>
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
+#include "unit/runtime_conf/conf_file_fixture.h"
 #include "unit/runtime_conf/failing_getdelim.h"
-#include "unit/runtime_conf/fresh_store.h"
-#include "unit/temporary_directory.h"
 
 namespace tavek {
 
@@ -14,20 +15,7 @@ namespace {
 using test::Reports;
 using Entries = std::vector<std::string>;
 
-class RuntimeConfFile : public test::FreshStore {
-protected:
-  int read(const std::string& content) {
-    return runtime_conf_read_file(folder.write("oru.conf", content).c_str(), store);
-  }
-  /// The value that a file gives to KEY.
-  std::string value_of(const std::string& content) {
-    runtime_conf_set("KEY", "(unset)", store);
-    EXPECT_EQ(read(content), 0);
-    return found("KEY");
-  }
-
-  TemporaryDirectory folder;
-};
+class RuntimeConfFile : public test::ConfFileFixture {};
 
 Reports no_space(const std::string& line) {
   return {{12, "Invalid variable definition " + line + "\nExpected a space after variable name\n"}};
@@ -72,71 +60,9 @@ TEST_F(RuntimeConfFile, IgnoresBlankLinesAndComments) {
   EXPECT_EQ(take_reports(), Reports{});
 }
 
-TEST_F(RuntimeConfFile, SeparatesNameAndValueByAnyWhiteSpace) {
-  for (const char* line : {"KEY v\n", "  KEY v\n", "\t\v\f\rKEY v\n", "KEY\tv\n", "KEY \t \v\f\r v\n", "KEY v"}) {
-    EXPECT_EQ(value_of(line), "v") << line;
-  }
-}
-
 TEST_F(RuntimeConfFile, TakesLettersDigitsAndUnderscoresAsAName) {
   EXPECT_EQ(read("_a 1\n9 2\nZz_09 3\n"), 0);
   EXPECT_EQ(entries(), (Entries{"9=2", "Zz_09=3", "_a=1"}));
-}
-
-TEST_F(RuntimeConfFile, EndsAValueAtAComment) {
-  const std::pair<const char*, const char*> lines[] = {
-      {"KEY /srv/a b#c\n", "/srv/a b"},
-      {"KEY value # note\n", "value"},
-      {"KEY v#\n", "v"},
-      {"KEY v # a # b\n", "v"},
-      {"KEY v##\n", "v"},
-      {"KEY v #", "v"},
-  };
-  for (const auto& [line, value] : lines) {
-    EXPECT_EQ(value_of(line), value) << line;
-  }
-}
-
-TEST_F(RuntimeConfFile, KeepsWhiteSpaceInsideAValue) {
-  EXPECT_EQ(value_of("KEY a b  c\td   e\n"), "a b  c\td   e");
-}
-
-TEST_F(RuntimeConfFile, KnowsNoQuotesOrEscapes) {
-  EXPECT_EQ(value_of("KEY \"a b\\\n"), "\"a b\\");
-  EXPECT_EQ(value_of("KEY 'a#b'\n"), "'a");
-  EXPECT_EQ(value_of("KEY =b\n"), "=b");
-}
-
-// The newline counts: a run of odd length loses one character, one of even length none.
-TEST_F(RuntimeConfFile, CutsOneCharacterFromAnOddRunOfTrailingWhiteSpace) {
-  for (std::size_t blanks = 0; blanks <= 6; ++blanks) {
-    const std::string run = std::string(blanks, ' ') + "\n";
-    const std::string kept = run.size() % 2 == 1 ? run.substr(0, run.size() - 1) : run;
-    EXPECT_EQ(value_of("KEY value" + run), "value" + kept) << blanks;
-    EXPECT_EQ(value_of("KEY v" + run), "v" + kept) << blanks;
-  }
-}
-
-TEST_F(RuntimeConfFile, CutsOneCharacterFromAnOddRunBeforeACommentOrTheEnd) {
-  for (const char* end : {"", "# note\n"}) {
-    EXPECT_EQ(value_of(std::string("KEY value ") + end), "value") << end;
-    EXPECT_EQ(value_of(std::string("KEY value  ") + end), "value  ") << end;
-    EXPECT_EQ(value_of(std::string("KEY value \t ") + end), "value \t") << end;
-  }
-}
-
-TEST_F(RuntimeConfFile, KeepsTheLineEndOfTwoCharacters) {
-  EXPECT_EQ(value_of("KEY value\r\n"), "value\r\n");
-}
-
-TEST_F(RuntimeConfFile, StartsEachRunOfWhiteSpaceAnew) {
-  EXPECT_EQ(value_of("KEY a  b\n"), "a  b");
-  EXPECT_EQ(value_of("KEY a b \n"), "a b \n");
-}
-
-TEST_F(RuntimeConfFile, ReadsALineOfAnyLength) {
-  const std::string value(100000, 'v');
-  EXPECT_EQ(value_of("KEY " + value + "\n"), value);
 }
 
 TEST_F(RuntimeConfFile, SkipsALineWhoseNameIsNotFollowedBySpace) {

@@ -1,0 +1,89 @@
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <wchar.h>
+
+#include "log/strbuf.h"
+#include "unit/log/failing_allocation.h"
+#include "unit/log/strbuf_fixture.h"
+
+namespace tavek {
+
+namespace {
+
+using test::FailingAllocation;
+using test::repeated;
+
+class StrbufPrintf : public test::StrbufFixture {};
+
+TEST_F(StrbufPrintf, MakesATemplateForTheNameOfATemporaryFile) {
+  const std::string path = "/" + repeated(99);
+  EXPECT_EQ(strbuf_printf(&text, &room, "%s.XXXXXX", path.c_str()), text);
+  expect(path + ".XXXXXX", 52);
+}
+
+TEST_F(StrbufPrintf, AddsAtTheEnd) {
+  append("number ");
+  EXPECT_EQ(strbuf_printf(&text, &room, "%d of %s", 5, "seven"), text);
+  expect("number 5 of seven", 79 - 17);
+}
+
+TEST_F(StrbufPrintf, AddsNothing) {
+  EXPECT_EQ(strbuf_printf(&text, &room, "%s", ""), text);
+  expect("", 79);
+}
+
+TEST_F(StrbufPrintf, UsesTheWholeRoomWithoutGrowing) {
+  const FailingAllocation second(2);
+  EXPECT_NE(strbuf_printf(&text, &room, "%s", repeated(79).c_str()), nullptr);
+  expect(repeated(79), 0);
+}
+
+TEST_F(StrbufPrintf, GrowsForOneCharacterTooMany) {
+  EXPECT_NE(strbuf_printf(&text, &room, "%s", repeated(80).c_str()), nullptr);
+  expect(repeated(80), 79);
+  fill_room();
+}
+
+TEST_F(StrbufPrintf, FormatsTheSameArgumentsAgainAfterGrowing) {
+  append("r");
+  EXPECT_NE(strbuf_printf(&text, &room, "%s%d%s", repeated(300).c_str(), 5, "six"), nullptr);
+  expect("r" + repeated(300) + "5six", 0);
+}
+
+TEST_F(StrbufPrintf, KeepsTextAndRoomWhenItCannotGrow) {
+  append("text");
+  const FailingAllocation first(1);
+  errno = 0;
+  EXPECT_EQ(strbuf_printf(&text, &room, "%s", repeated(76).c_str()), nullptr);
+  EXPECT_EQ(errno, ENOMEM);
+  expect("text", 75);
+}
+
+TEST_F(StrbufPrintf, StaysNullWhenThereIsNoMemoryToBegin) {
+  const FailingAllocation first(1);
+  errno = 0;
+  EXPECT_EQ(strbuf_printf(&text, &room, "%d", 5), nullptr);
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_EQ(text, nullptr);
+}
+
+// The wide character has no form in the C locale.
+TEST_F(StrbufPrintf, KeepsTheTextWhenTheFormatCannotBeCarriedOut) {
+  append("text");
+  EXPECT_EQ(strbuf_printf(&text, &room, "more %lc", static_cast<wint_t>(0x3b1)), nullptr);
+  expect("text", 75);
+}
+
+// The first pass overwrites the end of its own argument with the count of characters, which makes the second longer.
+TEST_F(StrbufPrintf, RefusesATextThatGrewPastTheRoomMeanwhile) {
+  std::string argument = repeated(300);
+  argument[100] = '\0';
+  auto* end = reinterpret_cast<signed char*>(&argument[100]);
+  append("text");
+  EXPECT_EQ(strbuf_printf(&text, &room, "%s%hhn", argument.c_str(), end), nullptr);
+  expect("text", 155);
+}
+
+} // namespace
+
+} // namespace tavek
