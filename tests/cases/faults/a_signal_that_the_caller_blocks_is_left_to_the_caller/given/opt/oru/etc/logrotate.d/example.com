@@ -1,0 +1,7 @@
+/var/log/a.log {
+	weekly
+	rotate 9
+	nocompress
+	missingok
+	copytruncate
+}

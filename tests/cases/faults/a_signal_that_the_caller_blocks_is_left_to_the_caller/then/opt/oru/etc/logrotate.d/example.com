@@ -1,0 +1,7 @@
+/var/log/a.log {
+	daily
+	rotate 5
+	compress
+	missingok
+	copytruncate
+}

@@ -1,0 +1,83 @@
+"""Huge files: the time must grow as the size does."""
+
+from lab import DAILY, TARGET, get, processor_seconds, reset, stanzas, temporary_files, tool
+from rows import row
+
+GROWTH = 4
+MOST = 2 * GROWTH  # A time that grows with the square of the size would be 16 times as long.
+MEBI = 1 << 20
+
+HEAD = b"/var/log/huge {\n"
+CLOSED = b"\tdaily\n\trotate 5\n\tcompress\n\tmissingok\n\tcopytruncate\n}\n"
+
+# Contents by size in bytes.
+SHAPES = {
+    "one line outside stanzas": lambda size: b"x" * size,
+    "one comment": lambda size: b"#" + b"x" * size,
+    "one line in a stanza": lambda size: HEAD + b"x" * size + b"\n" + CLOSED,
+    "one line of blanks in a stanza": lambda size: HEAD + b" " * size + b"x\n" + CLOSED,
+    "one period line": lambda size: HEAD + b"\tdaily " + b"x" * size + b"\n" + CLOSED,
+    "one line in a script": lambda size: HEAD + b"\tpostrotate\n" + b"x" * size + b"\n\tendscript\n" + CLOSED,
+    "one command in a script": lambda size: HEAD + b"\tpostrotate\n\t\t/" + b"x" * size + b"\n\tendscript\n" + CLOSED,
+    "one head": lambda size: b"/var/log/" + b"x" * size + b" {\n" + CLOSED,
+    "stanzas": lambda size: stanzas(size // 110),
+    "short lines outside stanzas": lambda size: b"weekly\n" * (size // 7),
+    "short lines in a stanza": lambda size: HEAD + b"\tcreate\n" * (size // 8) + CLOSED,
+    "period lines in a stanza": lambda size: HEAD + b"\tweekly\n" * (size // 8) + CLOSED,
+    "a stanza that never closes": lambda size: HEAD + b"\tcreate\n" * (size // 8),
+    "comments": lambda size: b"# x {\n" * (size // 6),
+    "empty lines": lambda size: b"\n" * size,
+    "NUL bytes": lambda size: b"\0" * size,
+    "NUL bytes in a stanza": lambda size: HEAD + b"\0" * size + b"\n" + CLOSED,
+    "NUL bytes in a period line": lambda size: HEAD + b"\tdaily" + b"\0" * size + b"\n" + CLOSED,
+    "NUL bytes in a comment": lambda size: b"#" + b"\0" * size + b"\n",
+    "period words, each with a NUL": lambda size: HEAD + b"\tdaily\0" * (size // 7) + b"\n" + CLOSED,
+    "closing braces": lambda size: b"}" * size,
+    "opening braces": lambda size: b"{" * size,
+    "slashes without a brace": lambda size: b"/" * size,
+    "slashes with a brace far away": lambda size: b"/" * size + b"\n{x\n",
+    "slashes with a head far away": lambda size: b"/" * size + b" {\n" + CLOSED,
+    "lines of slashes with a brace far away": lambda size: b"/ /\n" * (size // 4) + b"{x\n",
+    "slashes on the line of a brace": lambda size: b"/\n" + b"/ " * (size // 2) + b"{x\n",
+    "slashes and braces": lambda size: b"/{" * (size // 2),
+    "slashes and braces on lines of their own": lambda size: b"/\n{x\n" * (size // 5),
+    "scripts that run the anonymizer": lambda size:
+        HEAD + b"\tpostrotate\n" + b"\t\t/x/anonymize_ip y\n" * (size // 20) + b"\tendscript\n" + CLOSED,
+}
+
+
+def seconds_of(data):
+    """The processor time of the quickest of three runs."""
+    return min(one_run(data) for _ in range(3))
+
+
+def one_run(data):
+    reset(data)
+    result, seconds = processor_seconds(lambda: tool(*DAILY, "-K", timeout=300))
+    if (result.status, result.error, temporary_files()) != (0, b"", []):
+        raise AssertionError(f"{result}")
+    return seconds
+
+
+def register(name, shape):
+    @row(f"16 MiB of {name}")
+    def linear_time(row):
+        small, large = seconds_of(shape(4 * MEBI)), seconds_of(shape(16 * MEBI))
+        row.holds(large < MOST * small + 0.05, f"{GROWTH} times the size takes {large / small:.1f} times as long")
+        row.holds(large < 5, f"takes {large:.1f} s")
+        row.figure(f"4 MiB {small:.3f} s, 16 MiB {large:.3f} s, ratio {large / small:.1f}")
+
+
+for shape_name, shape_of in SHAPES.items():
+    register(shape_name, shape_of)
+
+
+@row("64 MiB of ordinary stanzas")
+def ordinary_stanzas(row):
+    data = stanzas(64 * MEBI // 110)
+    seconds = one_run(data)
+    new = data.replace(b"weekly", b"daily").replace(b"rotate 9", b"rotate 5").replace(b"nocompress", b"compress")
+    row.holds(get(TARGET) == new, "the target is not NEW")
+    row.holds(seconds < 10, f"takes {seconds:.1f} s")
+    row.figure(f"{len(data) / MEBI:.0f} MiB in {seconds:.2f} s")
+    reset(None)
