@@ -1,2 +1,12 @@
-# Where the panel looks for its administrative tools.
+# The program goes where the panel looks for its administrative tools, whatever the prefix; what people and shells read
+# goes below the prefix.
+include(GNUInstallDirs)
+set(TAVEK_ZSH_COMPLETIONS "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CACHE STRING
+  "Where zsh looks for completion functions; a distribution has a place of its own for packages")
+
 install(TARGETS tavek-logrotate RUNTIME DESTINATION /opt/oru/admin/sbin)
+install(FILES man/tavek-logrotate.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
+install(FILES man/oru.conf.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
+install(FILES completion/tavek-logrotate.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+  RENAME tavek-logrotate)
+install(FILES completion/_tavek-logrotate DESTINATION "${TAVEK_ZSH_COMPLETIONS}")
