@@ -17,8 +17,8 @@ inline int property_runs() {
   return runs != nullptr ? std::stoi(runs) : 100000;
 }
 
-/// Tries `property` on one in `share` of property_runs() cases. RC_PARAMS="seed=N" repeats a run; the seed of a failing
-/// one is part of its message.
+/// Tries `property` on one in `share` of property_runs() cases. RC_PARAMS="seed=N" repeats a run; a failing
+/// run prints its N.
 template <typename Property>
 void check_property(Property&& property, int share = 1) {
   rc::detail::TestParams params = rc::detail::configuration().testParams;
