@@ -34,7 +34,7 @@ std::string configuration_name(const Options& options, const SystemLogCategory* 
 }
 
 void resolve_target(const std::string& name, RewriteJob& job) {
-  // at() is how a run without a name is refused: its error is what the panel knows that case by.
+  // at() is how a run without a name is refused: its error is the message for that case.
   if (name.at(0) == '/') {
     job.config_path = name;
     job.settings.vhost_name = name.substr(name.rfind('/') + 1);

@@ -90,7 +90,7 @@ int run_child(const std::string& program, Words command) {
   return child.exit_code();
 }
 
-// Single blanks and no quoting: the panel compares the line with the words that it forwarded.
+// Single blanks and no quoting: the line is for a person to read, not for a shell.
 std::string failure_message(const Words& command, int exit_code) {
   std::string message = "Command '" + command.front();
   for (auto word = command.begin() + 1; word != command.end(); ++word) {

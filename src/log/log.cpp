@@ -95,7 +95,7 @@ void log_vconsole(int level, const char* format, va_list args) {
   if (state.log_destination != nullptr && !destination_is("console")) {
     return;
   }
-  // The copy on standard output is wanted: the panel shows what a tool printed there.
+  // The copy on standard output is wanted: only a destination of "stderr" does without it.
   print_line(stdout, format, args);
 }
 

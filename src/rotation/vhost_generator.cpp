@@ -24,7 +24,7 @@ constexpr LogFamily kLogFamilies[] = {
     {"*.processed", true},
     {"error_log", true},
     {"proxy_error_log", true},
-    {"php-fpm_error.log", false}, // Holds no visitor's address, so it is never passed through the script.
+    {"php-fpm_error.log", false}, // Deliberately never passed through the script, whatever the switch says.
 };
 
 std::string stanza_head(const std::string& vhost_name, const LogFamily& family) {
@@ -52,7 +52,7 @@ void write_stanza(const RotationSettings& settings, const LogFamily& family, Out
 
 void write_default_file(const RotationSettings& settings, OutputStream& output, DirectiveTally& tally) {
   output.write(kHeader);
-  // logrotate refuses a log with a second hard link unless told otherwise, and the panel links hosts' logs.
+  // logrotate refuses a log with a second hard link unless told otherwise.
   output.write("\nallowhardlink\n");
   for (const LogFamily& family : kLogFamilies) {
     write_stanza(settings, family, output, tally);

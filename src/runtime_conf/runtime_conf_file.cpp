@@ -49,7 +49,7 @@ void expected_value(const char* line) {
 
 // Where a value ends. A white-space character marks the end unless the one before it did: it then takes the mark back.
 // So a run of trailing white space, the newline counted, loses one character when it is odd and none when it is even.
-// Existing files rely on it: values with a wanted trailing blank are written with one more.
+// It decides the value of lines with trailing blanks in files that exist, so it stays.
 char* value_end(char* value) {
   char* mark = nullptr;
   char* at = value + 1;
