@@ -70,7 +70,7 @@ std::optional<std::string> suffix_of(std::string_view path) {
 }
 
 // The number that a suffix is, or nothing after a complaint. A number out of range is deliberately not caught: no
-// rotation ever counted that far, so something is wrong that a person should look at before anything is deleted.
+// rotation ever counted that far, so something is wrong that a person should look at before more is deleted.
 std::optional<int> parse_number(const std::string& suffix, const std::string& path) {
   try {
     std::size_t parsed = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
-// Deletes rotated copies of logs beyond the number to keep. logrotate itself only ever removes the copy that its own
-// rotation pushes out, so copies left from a higher rotation count would stay for ever.
+// Deletes rotated copies of logs beyond the number to keep. Where copies are numbered, logrotate itself only ever
+// removes the one that its own rotation pushes out, so those left from a higher rotation count would stay for ever.
 //
 // A complaint is one line on standard error and never stops the walk. Only a rotation number outside the range of int
 // ends it, as std::out_of_range.

@@ -57,8 +57,9 @@ void run_rewrite(const RewriteJob& job) {
   replacement.rename_over_target();
 }
 
-// Whether a host's file is to be rewritten. Only "on" reads, checks and cleans; "keep" rewrites the file with settings
-// that keep what it says.
+// Whether a host's file is to be rewritten. Only "on" reads, checks and cleans. "keep" rewrites with the settings at
+// their start values: periods and rotation counts stay, while compression goes off and mail lines go, as they would for
+// a host whose owner never asked for them.
 bool apply_status(const Options& options, const std::string& name, RewriteJob& job) {
   const Switch status = options.switch_value("on-off");
   if (status == Switch::off) {
@@ -95,8 +96,10 @@ void run_category(const SystemLogCategory& category, const Options& options) {
   const std::vector<std::string> cleanup_paths(category.log_paths.begin(), category.log_paths.end());
   job.settings.system_mode = true;
   job.settings.anonymize = options.switch_value("anonymize-ip");
-  job.target_logs = cleanup_paths;
-  job.select_targets = category.select_stanzas;
+  if (category.select_stanzas) {
+    job.target_logs = cleanup_paths;
+    job.select_targets = true;
+  }
   umask(kFileCreationMask);
   fill_given_settings(options, job.settings);
   if (!options.flag("keep-old-logs")) {

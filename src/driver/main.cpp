@@ -9,7 +9,7 @@
 
 namespace {
 
-// Standard error is not buffered: the message leaves in one piece.
+// One call, and standard error is not buffered: a message leaves in one piece unless it is longer than a buffer.
 int fail(const std::exception& error, int status) {
   std::fprintf(stderr, "%s\n", error.what());
   return status;

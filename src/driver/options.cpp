@@ -10,8 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <sstream>
+#include <vector>
 
 namespace po = boost::program_options;
 
@@ -77,26 +77,50 @@ void print_usage(const std::string& program, const po::options_description& opti
   std::fflush(stdout);
 }
 
-// In the text of an error the library replaces its placeholders until none is left. Where the word that is put in holds
-// one itself, that never ends.
-constexpr const char* kPlaceholders[] = {"%value%", "%option%", "%original_token%", "%canonical_option%", "%prefix%"};
+using Words = std::vector<std::string>;
 
-bool holds_placeholder(const char* word) {
-  return std::any_of(std::begin(kPlaceholders), std::end(kPlaceholders),
-                     [&](const char* placeholder) { return std::strstr(word, placeholder) != nullptr; });
+bool has_percent_sign(const std::string& word) {
+  return word.find('%') != std::string::npos;
 }
 
-void parse_into(po::variables_map& map, int argc, const char* const* argv, const po::options_description& options) {
-  const po::positional_options_description positionals = describe_positionals();
+void replace_byte(std::string& text, char from, char to) {
+  std::replace(text.begin(), text.end(), from, to);
+}
+
+void store_words(const Words& words, const po::options_description& options, po::variables_map& map) {
+  po::store(po::command_line_parser(words).options(options).positional(describe_positionals()).run(), map);
+}
+
+// What the library says of words that it refuses. In the text of an error it replaces its placeholders, such as
+// %value%, until none is left, which never ends where a word that is put in holds one itself. So it is given the words
+// without their percent signs, and they are put back into what it says.
+std::string complaint_of(Words words, const po::options_description& options) {
+  constexpr char kStandIn = '\x01';
+  for (std::string& word : words) {
+    replace_byte(word, '%', kStandIn);
+  }
+  std::string complaint;
   try {
-    po::store(po::command_line_parser(argc, argv).options(options).positional(positionals).run(), map);
+    po::variables_map unused;
+    store_words(words, options, unused);
+  } catch (const po::error& error) {
+    complaint = error.what();
+  }
+  replace_byte(complaint, kStandIn, '%');
+  return complaint;
+}
+
+po::variables_map parse_words(const Words& words, const po::options_description& options) {
+  po::variables_map map;
+  try {
+    store_words(words, options, map);
   } catch (const po::error_with_option_name&) {
-    const char* const* word = std::find_if(argv, argv + argc, holds_placeholder);
-    if (word == argv + argc) {
+    if (std::none_of(words.begin(), words.end(), has_percent_sign)) {
       throw;
     }
-    throw po::error(std::string("the word '").append(*word).append("' on the command line cannot be read"));
+    throw po::error(complaint_of(words, options));
   }
+  return map;
 }
 
 } // namespace
@@ -124,8 +148,8 @@ Switch Options::switch_value(const std::string& name) const {
 Options parse_options(int argc, const char* const* argv) {
   // Never destroyed: the run is about to end, and taking the description apart would be a twentieth of it.
   static const auto& options = *new po::options_description(describe_options());
-  auto map = std::make_unique<po::variables_map>();
-  parse_into(*map, argc, argv, options);
+  const Words words(argv + std::min(argc, 1), argv + argc);
+  auto map = std::make_unique<po::variables_map>(parse_words(words, options));
   // Only now: a malformed value elsewhere on the line is reported even when help is asked for.
   if (map->count("help") != 0) {
     print_usage(base_name(argv[0]), options);

@@ -1,7 +1,7 @@
 #pragma once
 
-// The writers of the directives that the tool manages. All that is written to a rotation file goes through them, so
-// that the tally of what a stanza already has is right.
+// The writers of the directives that the tool manages. Every managed directive is written by them, so that the tally of
+// what a stanza already has is right.
 
 #include <string>
 #include <string_view>
@@ -34,8 +34,8 @@ public:
   void write_missingok();
   void write_copytruncate();
 
-  /// Writes the anonymizing command, inside a postrotate script of its own when `with_block`. logrotate replaces the
-  /// command's $* by the names of the rotated logs.
+  /// Writes the anonymizing command, inside a postrotate script of its own when `with_block`. logrotate starts a script
+  /// with the names of the rotated logs as its arguments, which the command hands on as $*.
   void write_anonymize(bool with_block);
 
   /// write_anonymize() when `condition` holds.

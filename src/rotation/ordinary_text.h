@@ -43,7 +43,7 @@ inline std::size_t measure_ordinary(std::string_view text, const OrdinaryEnds& e
 std::size_t measure_comments(std::string_view text);
 
 /// Measures the text outside any stanza that `text` begins with: its first byte, unless that opens a stanza, and all up
-/// to a comment in the first column or to the '/' of a stanza head. Each byte is looked at three times at most.
+/// to a comment in the first column or to the '/' of a stanza head. A byte is looked at a few times at most.
 std::size_t measure_outside(std::string_view text);
 
 } // namespace tavek

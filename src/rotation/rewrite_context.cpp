@@ -12,7 +12,7 @@ constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 constexpr std::string_view kAnonymizer = "/anonymize_ip";
 
-// The first word from `at` on; it ends at one of `delimiters` or with the text.
+// What comes before the first of `delimiters`, or all of the text.
 std::string_view word(std::string_view text, std::string_view delimiters) {
   return text.substr(0, text.find_first_of(delimiters));
 }
@@ -40,7 +40,7 @@ void RewriteContext::stanza_head(std::string_view text) {
 }
 
 bool RewriteContext::targets(std::string_view head) const {
-  return !job_.select_targets ||
+  return !settings_.system_mode || !job_.select_targets ||
          std::find(job_.target_logs.begin(), job_.target_logs.end(), word(head, kWhiteSpace)) != job_.target_logs.end();
 }
 
@@ -117,8 +117,7 @@ void RewriteContext::stanza_close(std::string_view text) {
   if (!settings_.system_mode) {
     add_lacking_vhost_directives();
   }
-  const bool editable = !settings_.system_mode || tally_.stanza_targeted;
-  writer_.write_anonymize_if(lacks(&DirectiveTally::anonymizers) && anonymizes() && editable, true);
+  writer_.write_anonymize_if(lacks(&DirectiveTally::anonymizers) && anonymizes() && tally_.stanza_targeted, true);
   copy(text);
 }
 
@@ -149,8 +148,9 @@ bool RewriteContext::end_of_input() {
   return second_pass_;
 }
 
-// A closed stanza has every kind, so this is for a file whose stanzas never close: the missing kinds are inserted at
-// their heads instead. What the first pass counted stays counted.
+// A closed stanza has every kind, so this is for a file in which none closes: the missing kinds are inserted at the
+// heads that the second pass sees. What the first one counted stays counted, and the scanner goes on where it was,
+// inside a stanza or a script, so that those are the heads behind a stray brace.
 bool RewriteContext::needs_second_pass() {
   tally_.need_period += tally_.periods == 0 ? 1 : 0;
   tally_.need_rotate += tally_.rotates == 0 ? 1 : 0;

@@ -13,7 +13,8 @@ namespace tavek {
 
 /// One rewrite in progress. Each method takes the text matched in the input and writes what stands in its place to the
 /// output; job and output are borrowed. Methods that write a period throw std::runtime_error for an unknown period
-/// type. In system mode only period and rotate are managed, other directives are copied.
+/// type. In system mode only period, rotate and the anonymizing command are managed, and the directives of the other
+/// kinds are copied.
 class RewriteContext {
 public:
   RewriteContext(const RewriteJob& job, OutputStream& output);

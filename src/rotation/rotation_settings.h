@@ -17,7 +17,7 @@ struct RotationSettings {
   std::string email;               ///< Where rotated logs are mailed to; empty: no mail directives.
   bool compress = false;           ///< Off and keep are both false, so that keep still writes nocompress.
   Switch anonymize = Switch::keep; ///< Whether rotated logs pass through the IP-anonymizing script.
-  bool system_mode = false;        ///< A system rotation file is edited: only period and rotate are managed.
+  bool system_mode = false;        ///< A system rotation file is edited: no compression, mail and the like.
   std::string vhost_name;          ///< The virtual host whose file is generated.
 };
 

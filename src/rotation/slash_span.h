@@ -13,10 +13,9 @@ struct SlashSpan {
 
 /// Measures from the '/' that `text`, the rest of the input, begins with. A stanza head runs from the '/' over anything
 /// but braces, newlines and comments included, to a '{' that ends its line. Where the next '{' does not end its line,
-/// no
-/// '/' before it can open a stanza, so the span is ordinary text up to the start of that brace's line, which may be a
-/// comment, or over the brace when it stands on the line of the '/'. Without any '{' it is all that is left. So each
-/// byte is looked at twice at most, however many slashes there are.
+/// no '/' before it can open a stanza, so the span is ordinary text up to the start of that brace's line, which may be
+/// a comment, or over the brace when it stands on the line of the '/'. Without any '{' it is all that is left. So a
+/// byte is looked at a few times at most, however many slashes there are.
 SlashSpan measure_slash(std::string_view text);
 
 } // namespace tavek

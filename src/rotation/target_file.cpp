@@ -1,5 +1,6 @@
 #include "rotation/target_file.h"
 
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 
@@ -24,6 +25,9 @@ void prepare_target(const std::string& path) {
   }
   const FileDescriptor created(
       ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0644));
+  if (!created.is_open() && errno == EPERM) { // Immutable. Missing permissions are EACCES.
+    throw failed_to_open(path, errno);
+  }
 }
 
 } // namespace tavek

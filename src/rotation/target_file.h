@@ -16,8 +16,9 @@ std::runtime_error failed_to_open(const std::string& path, int error);
 void refuse_special_file(const std::string& path, const struct stat& status);
 
 /// Refuses a special file at `path`, then makes sure that there is a file to read: creates an empty one, mode 0644
-/// under the usual file-creation mask, when there is none. A failure to create is not reported here, for a file that
-/// can be read can be replaced; one that cannot be read is reported by whoever opens it next.
+/// under the usual file-creation mask, when there is none. Refuses an immutable file too: it could be read, but no
+/// rename would replace it. Any other failure to create or open it is left to whoever reads the file or makes its
+/// replacement, neither of which needs the right to write to it.
 void prepare_target(const std::string& path);
 
 } // namespace tavek

@@ -85,7 +85,8 @@ private:
   void stanza_head(std::string_view text) {
     const auto path = text.substr(0, text.find_first_of(" \t\n\v\f\r"));
     const auto& logs = job_.target_logs;
-    targeted_ = !job_.select_targets || std::find(logs.begin(), logs.end(), path) != logs.end();
+    targeted_ =
+        !job_.settings.system_mode || !job_.select_targets || std::find(logs.begin(), logs.end(), path) != logs.end();
     ++stanzas_;
     last_period_.clear();
     place_ = Place::stanza;

@@ -10,6 +10,9 @@ from rows import row
 
 COPY = "/var/www/vhosts/system/example.com/logs/error_log.old"
 CLOSINGS = [" ".join(closed) for count in range(4) for closed in itertools.combinations(("<&-", ">&-", "2>&-"), count)]
+KEEP = ("example.com", "keep")
+CATEGORY = ("--nginx-logs", f"--vhost-name={TARGET}", "-K")
+CREATING_JOBS = [(DAILY, OLD), (DAILY, None), (KEEP, OLD), (KEEP, None), (CATEGORY, OLD)]
 
 
 @row("closed standard streams")
@@ -82,13 +85,12 @@ def full_streams(row):
 
 @row("the caller's file-creation mask")
 def creation_mask(row):
-    for mask in ("0", "022", "077", "0777"):
-        for before in (OLD, None):
-            reset(before)
-            result = shell(f'umask {mask}; exec strace -o /tmp/trace -e trace=openat,umask "$TOOL" "$@"', *DAILY)
-            row.holds(result.status == 0, f"umask {mask}: exit status {result.status}")
-            row.holds(mode_of(TARGET) == 0o644, f"umask {mask}: mode {mode_of(TARGET):o}")
-            never_open_to_others(row, f"umask {mask}", get("/tmp/trace").decode())
+    for mask, (job, before) in itertools.product(("0", "022", "077", "0777"), CREATING_JOBS):
+        reset(before)
+        result = shell(f'umask {mask}; exec strace -o /tmp/trace -e trace=openat,umask "$TOOL" "$@"', *job)
+        row.holds(result.status == 0, f"umask {mask}: exit status {result.status}")
+        row.holds(mode_of(TARGET) == 0o644, f"umask {mask}: mode {mode_of(TARGET):o}")
+        never_open_to_others(row, f"umask {mask}", get("/tmp/trace").decode())
 
 
 def never_open_to_others(row, what, trace):

@@ -72,6 +72,15 @@ for shape_name, shape_of in SHAPES.items():
     register(shape_name, shape_of)
 
 
+@row("64 MiB of short lines")
+def short_lines(row):
+    data = b"abc\n" * (16 * MEBI)
+    seconds = one_run(data)
+    row.holds(get(TARGET).startswith(data) and b"#ATTENTION!" in get(TARGET)[len(data):], "the lines are not copied")
+    row.holds(seconds < 10, f"takes {seconds:.1f} s")
+    row.figure(f"{len(data) // MEBI} MiB in {seconds:.2f} s")
+
+
 @row("64 MiB of ordinary stanzas")
 def ordinary_stanzas(row):
     data = stanzas(64 * MEBI // 110)

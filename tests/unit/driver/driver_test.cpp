@@ -35,6 +35,12 @@ TEST_F(Driver, GeneratesTheFileOfAHostUnderItsLastName) {
   EXPECT_EQ(others(), Words{});
 }
 
+TEST_F(Driver, LoadsTheConfigurationBeforeItLooksAtTheCommandLine) {
+  EXPECT_THROW(run_tool({"--bogus"}), std::exception);
+  std::filesystem::remove(configuration);
+  EXPECT_STREQ(runtime_conf_file_value(HTTPD_VHOSTS_D), (directory / "vhosts").c_str());
+}
+
 TEST_F(Driver, RewritesTheFileOfAHost) {
   directory.write("target", "/a {\n\tdaily\n\tnotifempty\n}\n");
   run_tool({target, "on", "by_size", "10M", "0", "false"});

@@ -151,6 +151,39 @@ TEST(Options, AnUnknownOneIsRefused) {
   }
 }
 
+// What parsing the words throws.
+std::string complaint(const Words& words) {
+  try {
+    options_of(words);
+  } catch (const po::error& error) {
+    return error.what();
+  }
+  return "parsed";
+}
+
+TEST(Options, AnErrorNamesTheOptionAndTheWord) {
+  const std::string behind = "') for option '--rot-count' is invalid";
+  EXPECT_EQ(complaint({"h", "on", "by_time", "daily", "5x"}), "the argument ('5x" + behind);
+  EXPECT_EQ(complaint({"--rot-count=\x01"}), "the argument ('\x01" + behind);
+  EXPECT_EQ(complaint({"--bogus"}), "unrecognised option '--bogus'");
+}
+
+TEST(Options, AnErrorNamesAWordThatLooksLikeAPlaceholderOfTheLibrary) {
+  for (const std::string word :
+       {"%", "5%", "%value%", "%option%", "%original_token%", "%canonical_option%", "%prefix%", "%value"}) {
+    EXPECT_EQ(complaint({"--rot-count", word}), "the argument ('" + word + "') for option '--rot-count' is invalid");
+    EXPECT_EQ(complaint({"--" + word}), "unrecognised option '--" + word + "'");
+    EXPECT_EQ(complaint({word, "on", "by_time", word, "5x"}),
+              "the argument ('5x') for option '--rot-count' is invalid");
+  }
+}
+
+TEST(Options, AWordThatLooksLikeAPlaceholderIsAValueLikeAnyOther) {
+  const Options options = options_of({"%value%", "--email=%option%"});
+  EXPECT_EQ(options.text("vhost-name"), "%value%");
+  EXPECT_EQ(options.text("email"), "%option%");
+}
+
 TEST(Options, BehindADoubleDashEveryWordIsAnArgument) {
   const Options options = options_of({"--", "--help", "off", "-x", "--period"});
   EXPECT_EQ(options.text("vhost-name"), "--help");

@@ -1,8 +1,10 @@
 #include "call_fault.h"
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -71,6 +73,11 @@ pid_t fork() noexcept {
   return CallFault::strikes(Call::fork) ? -1 : fork_next();
 }
 
+int fstat(int fd, struct stat* buf) noexcept {
+  static auto* const fstat_next = next<int(int, struct stat*)>("fstat");
+  return CallFault::strikes(Call::fstat) ? -1 : fstat_next(fd, buf);
+}
+
 int fsync(int fd) {
   static auto* const fsync_next = next<int(int)>("fsync");
   return CallFault::strikes(Call::fsync) ? -1 : fsync_next(fd);
@@ -82,6 +89,18 @@ int temporary_file(char* name, int flags) asm("mkostemp");
 int temporary_file(char* name, int flags) {
   static auto* const mkostemp_next = next<int(char*, int)>("mkostemp");
   return CallFault::strikes(Call::mkostemp) ? -1 : mkostemp_next(name, flags);
+}
+
+int open(const char* file, int oflag, ...) {
+  static auto* const open_next = next<int(const char*, int, ...)>("open");
+  mode_t mode = 0;
+  if ((oflag & O_CREAT) != 0) {
+    va_list arguments;
+    va_start(arguments, oflag);
+    mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+  }
+  return CallFault::strikes(Call::open) ? -1 : open_next(file, oflag, mode);
 }
 
 ssize_t read(int fd, void* buf, size_t nbytes) {

@@ -6,12 +6,14 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <optional>
+#include <new>
 #include <stdexcept>
 #include <sys/stat.h>
 
 #include "call_fault.h"
+#include "open_descriptors.h"
 #include "temporary_directory.h"
+#include "unit/log/failing_allocation.h"
 
 namespace tavek {
 
@@ -42,17 +44,6 @@ protected:
   const TemporaryDirectory directory;
   const std::string target = directory.write("target", "old");
 };
-
-// The flags of the descriptor that this process has of a file.
-std::optional<int> descriptor_flags(const std::string& path) {
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    std::error_code gone; // The descriptor by which the directory is read.
-    if (std::filesystem::read_symlink(entry.path(), gone) == path) {
-      return fcntl(std::stoi(entry.path().filename()), F_GETFD);
-    }
-  }
-  return std::nullopt;
-}
 
 TEST_F(FileReplacementTest, NamesTheTemporaryFileAfterTheTarget) {
   const FileReplacement replacement(target);
@@ -199,6 +190,16 @@ TEST_F(FileReplacementTest, SaysWhichFileItCouldNotCreate) {
   } catch (const std::runtime_error& error) {
     EXPECT_EQ(masked(error.what(), missing), "Failed to open " + missing + ".??????: No such file or directory");
   }
+}
+
+// Two blocks make a name of more than 80 characters.
+TEST_F(FileReplacementTest, WithoutMemoryForItsNameThereIsNoReplacement) {
+  const std::string long_target = directory / std::string(200, 'x');
+  for (const int nth : {1, 2}) {
+    const test::FailingAllocation failing(nth);
+    EXPECT_THROW(FileReplacement{long_target}, std::bad_alloc) << nth;
+  }
+  EXPECT_EQ(directory.names(), Names{"target"});
 }
 
 TEST_F(FileReplacementTest, CreatesTheFileUnderItsTemplateWhenNoRandomNameCanBeHad) {

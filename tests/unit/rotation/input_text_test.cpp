@@ -10,6 +10,7 @@
 #include <sys/un.h>
 
 #include "call_fault.h"
+#include "open_descriptors.h"
 #include "rotation/file_descriptor.h"
 #include "temporary_directory.h"
 
@@ -39,11 +40,6 @@ std::string complaint(const std::string& path) {
     return error.what();
   }
   return "read";
-}
-
-std::ptrdiff_t open_descriptors() {
-  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-  return std::distance(begin(descriptors), end(descriptors));
 }
 
 class InputTextTest : public testing::Test {
@@ -132,6 +128,30 @@ TEST_F(InputTextTest, AFileTooLargeForTheScannerEndsIt) {
   const CallFault reading(Call::read, 0);
   EXPECT_EQ(complaint<ScannerFatalError>(path), "fatal error - scanner input buffer overflow");
   EXPECT_FALSE(reading.happened());
+}
+
+// The read fails before anything of that much memory is touched.
+TEST_F(InputTextTest, TheLargestFileThatFitsIsRead) {
+  std::filesystem::resize_file(directory.write("file", ""), 2147483647 - 17);
+  const CallFault fault(Call::read, EIO);
+  EXPECT_EQ(complaint<ScannerFatalError>(path), "input in flex scanner failed");
+}
+
+TEST_F(InputTextTest, AFileWithoutAStatusCannotBeOpened) {
+  directory.write("file", "content");
+  const CallFault fault(Call::fstat, EIO);
+  EXPECT_EQ(complaint<std::runtime_error>(path), "Failed to open " + path + ": Input/output error");
+}
+
+TEST_F(InputTextTest, NoChildInheritsTheFile) {
+  directory.write("file", "content");
+  std::optional<int> flags;
+  const CallFault reading(Call::read, [&] {
+    flags = descriptor_flags(path);
+    return 0;
+  });
+  InputText::of_file(path);
+  EXPECT_EQ(flags, FD_CLOEXEC);
 }
 
 TEST_F(InputTextTest, AMissingFileCannotBeOpened) {

@@ -144,6 +144,7 @@ TEST_F(RewriteContextTest, NothingIsTargetedMoreThanTheRestWithoutASelection) {
 }
 
 TEST_F(RewriteContextTest, TargetsStanzasWhoseFirstPathIsSelected) {
+  set_system_mode();
   job.select_targets = true;
   job.target_logs = {"/x", "/a"};
   for (const std::string_view head : {"/a {\n", "/a\n{\n", "/a\t/b {\n", "/x\r{\n", "/x\v{\n", "/x\f {\n"}) {
@@ -173,6 +174,7 @@ TEST_F(RewriteContextTest, OutsideSystemModeEveryStanzaGetsTheScript) {
   job.select_targets = true;
   context.stanza_head("/b {\n");
   context.stanza_close("}");
+  EXPECT_TRUE(tally().stanza_targeted);
   EXPECT_EQ(tally().anonymizers, 1);
 }
 

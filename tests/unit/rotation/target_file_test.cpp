@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 
+#include "call_fault.h"
 #include "rotation/file_descriptor.h"
 #include "temporary_directory.h"
 
@@ -74,6 +75,21 @@ TEST_F(TargetFile, APresentOneStaysAsItIs) {
 TEST_F(TargetFile, OneThatCannotBeCreatedIsNotReportedYet) {
   EXPECT_EQ(complaint(directory / "missing/target"), "prepared");
   EXPECT_TRUE(directory.names().empty());
+}
+
+TEST_F(TargetFile, OneThatMayNotBeWrittenIsNotReportedFor) {
+  directory.write("target", "content");
+  for (const int error : {EACCES, EROFS, ETXTBSY, EMFILE}) {
+    const CallFault fault(Call::open, error);
+    EXPECT_EQ(complaint(path), "prepared");
+    EXPECT_TRUE(fault.happened());
+  }
+}
+
+TEST_F(TargetFile, AnImmutableOneIsRefused) {
+  directory.write("target", "content");
+  const CallFault fault(Call::open, EPERM);
+  EXPECT_EQ(complaint(path), "Failed to open " + path + ": Operation not permitted");
 }
 
 TEST_F(TargetFile, ADirectoryIsNotReportedYet) {

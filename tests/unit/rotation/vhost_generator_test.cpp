@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <stdexcept>
+#include <utility>
 
 #include "captured_output.h"
+#include "log/log.h"
 #include "runtime_conf/runtime_conf.h"
 #include "temporary_directory.h"
 
@@ -96,6 +98,23 @@ TEST_F(VhostGenerator, WritesNoScriptForOff) {
 TEST_F(VhostGenerator, PutsTheLogsBelowTheConfiguredRoot) {
   configure("HTTPD_VHOSTS_D /srv/www\n");
   EXPECT_EQ(generated(), file_with("\tnocompress\n\tmissingok\n\tcopytruncate\n", "", "/srv/www"));
+}
+
+int failed_loads = 0;
+
+void count_failed_load(int /*level*/, const char* /*format*/, ...) {
+  ++failed_loads;
+}
+
+// A configuration that could not be loaded is tried again, and reported, each time that it is asked.
+TEST_F(VhostGenerator, AsksForTheRootAnewForEachStanza) {
+  const std::string missing = directory / "missing";
+  runtime_conf_reset();
+  runtime_conf_use_file(missing.c_str());
+  const LogHook before = std::exchange(log_state().log_hook, count_failed_load);
+  generated();
+  log_state().log_hook = before;
+  EXPECT_EQ(failed_loads, 4);
 }
 
 TEST_F(VhostGenerator, CountsEachDirectiveOfEachStanza) {
