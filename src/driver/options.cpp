@@ -74,7 +74,6 @@ void print_usage(const std::string& program, const po::options_description& opti
         << "    " << program << " --system-logs --period-type=by_time --period=daily --rot-count=7\n\n"
         << options << "\n";
   std::fputs(usage.str().c_str(), stdout);
-  std::fflush(stdout);
 }
 
 using Words = std::vector<std::string>;

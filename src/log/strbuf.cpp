@@ -83,7 +83,6 @@ char* strbuf_vprintf(char** text, std::size_t* room, const char* format, va_list
   int added = vsnprintf(*text + used, *room + 1, format, args);
   if (added >= 0 && static_cast<std::size_t>(added) >= *room + 1) {
     const bool grown = strbuf_reserve(text, room, static_cast<std::size_t>(added)) != nullptr;
-    (*text)[used] = '\0';
     added = grown ? vsnprintf(*text + used, *room + 1, format, again) : -1;
   }
   va_end(again);

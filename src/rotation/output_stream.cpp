@@ -10,7 +10,7 @@ OutputStream::OutputStream() : buffer_(std::make_unique_for_overwrite<char[]>(kC
 void OutputStream::restart() {
   used_ = 0;
   check(ftruncate(fd_.get(), 0));
-  check(lseek(fd_.get(), 0, SEEK_SET) == -1 ? -1 : 0);
+  check(lseek(fd_.get(), 0, SEEK_SET));
 }
 
 void OutputStream::finish() {
@@ -55,7 +55,7 @@ void OutputStream::write_out(std::string_view text) {
   }
 }
 
-void OutputStream::check(int result) {
+void OutputStream::check(off_t result) {
   if (result == -1) {
     fail(errno);
   }

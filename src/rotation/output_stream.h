@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <memory>
 #include <string_view>
+#include <sys/types.h>
 
 #include "rotation/file_descriptor.h"
 
@@ -49,7 +50,7 @@ private:
   void write_through(std::string_view text);
   void flush();
   void write_out(std::string_view text);
-  void check(int result);
+  void check(off_t result);
 
   FileDescriptor fd_;
   std::unique_ptr<char[]> buffer_;

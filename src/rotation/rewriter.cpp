@@ -14,13 +14,14 @@ InputText open_scanner_streams(const RewriteJob& job, const FileReplacement& rep
 void rewrite(const RewriteJob& job, FileReplacement& replacement) {
   RewriteContext context(job, replacement.output());
   RotationScanner scanner(context);
-  InputText text = open_scanner_streams(job, replacement);
-  scanner.scan(text);
-  if (context.end_of_input()) {
-    replacement.output().restart();
-    text = open_scanner_streams(job, replacement);
+  const auto scan_target = [&] {
+    InputText text = open_scanner_streams(job, replacement);
     scanner.scan(text);
-    context.end_of_input();
+  };
+  scan_target();
+  while (context.end_of_input()) {
+    replacement.output().restart();
+    scan_target();
   }
 }
 

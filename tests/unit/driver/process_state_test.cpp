@@ -206,6 +206,22 @@ TEST(TerminationHold, LeavesASignalThatTheCallerBlocksToTheCaller) {
   sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
 }
 
+// Leaves bytes that are not zero where the next function has its variables.
+void soil_stack() {
+  volatile unsigned char soil[4096];
+  for (volatile unsigned char& byte : soil) {
+    byte = 0xff;
+  }
+}
+
+TEST(TerminationHold, HoldsNoOtherSignal) {
+  soil_stack();
+  const TerminationHold hold;
+  for (const int signal : {SIGUSR1, SIGALRM, SIGCHLD, SIGPIPE, SIGXFSZ}) {
+    EXPECT_FALSE(is_blocked(signal)) << signal;
+  }
+}
+
 TEST(TerminationHold, LeavesTheMaskAsItWas) {
   {
     const TerminationHold hold;

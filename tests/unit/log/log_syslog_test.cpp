@@ -37,6 +37,15 @@ TEST_F(LogSyslog, TakesOverFromADestination) {
   EXPECT_EQ(calls_of_report(3, "report"), Calls{"vsyslog(3, %s!, report!)"});
 }
 
+TEST_F(LogSyslog, TakesTheArgumentsOfEachReport) {
+  log_init(nullptr, 5, 16, 0, "tool");
+  for (const char* word : {"first", "second", "third"}) {
+    syslog_calls().clear();
+    log_syslog(4, "%s of %d, %s", word, 3, "all");
+    EXPECT_EQ(syslog_calls(), Calls{std::string("vsyslog(4, %s of %d, %s, ") + word + " of 3, all)"});
+  }
+}
+
 TEST_F(LogSyslog, HandsOnlyItsThreeOptionBitsToSyslogButKeepsAll) {
   log_init(nullptr, 0, 16, 0xff & ~kLogTraced, "tool");
   EXPECT_EQ(syslog_calls()[1], "openlog(tool, 35, 16)");

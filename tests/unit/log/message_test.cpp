@@ -48,6 +48,7 @@ TEST_F(PrintMessage, PrintsOnBothStreamsStandardErrorFirst) {
 
 TEST_F(PrintMessage, AddsNoNewlineToATextThatHasOne) {
   EXPECT_EQ(written_by([] { print_message("text\n", 0); }), on_both_streams("text\n"));
+  EXPECT_EQ(written_by([] { print_message("\n", 0); }), on_both_streams("\n"));
   EXPECT_EQ(written_by([] { print_message("two\nlines", 0); }), on_both_streams("two\nlines\n"));
 }
 
@@ -168,11 +169,14 @@ TEST_F(DieMessage, ExitsWithItsStatusAlsoWithoutMemory) {
 
 // The wide character has no form in the C locale, so that the message cannot be formatted to its end.
 TEST_F(DieMessage, SurvivesAFormatThatCannotBeCarriedOut) {
-  const auto action = [] {
-    errno = 0;
+  int error = 0;
+  const auto action = [&error] {
+    errno = ENOENT;
     die_message(0, 0, "text %lc", static_cast<wint_t>(0x3b1));
+    error = errno;
   };
   const Writes writes = written_by(action);
+  EXPECT_EQ(error, ENOENT) << "the caller's, not that of the format";
   ASSERT_EQ(writes.size(), 2U);
   EXPECT_TRUE(writes[0].second.starts_with("text")) << writes[0].second;
 }

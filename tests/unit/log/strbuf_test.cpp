@@ -35,6 +35,7 @@ TEST_F(Strbuf, StaysNullWhenThereIsNoMemoryToBegin) {
   EXPECT_EQ(strbuf_init(&text, &room), nullptr);
   EXPECT_EQ(errno, ENOMEM);
   EXPECT_EQ(text, nullptr);
+  EXPECT_EQ(room, 80U);
 }
 
 TEST_F(Strbuf, ReservesNothingThatItHas) {

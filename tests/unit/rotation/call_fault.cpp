@@ -83,6 +83,11 @@ int fsync(int fd) {
   return CallFault::strikes(Call::fsync) ? -1 : fsync_next(fd);
 }
 
+off_t lseek(int fd, off_t offset, int whence) noexcept {
+  static auto* const lseek_next = next<off_t(int, off_t, int)>("lseek");
+  return CallFault::strikes(Call::lseek) ? -1 : lseek_next(fd, offset, whence);
+}
+
 // Only the linker knows it by its real name: the parameter is declared there under a name that is a keyword.
 int temporary_file(char* name, int flags) asm("mkostemp");
 

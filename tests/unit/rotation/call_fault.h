@@ -9,7 +9,7 @@
 
 namespace tavek {
 
-enum class Call { close, fchmod, fork, fstat, fsync, mkostemp, open, read, write };
+enum class Call { close, fchmod, fork, fstat, fsync, lseek, mkostemp, open, read, write };
 
 /// Strikes the next call of one function, once. One fault at a time.
 class CallFault {

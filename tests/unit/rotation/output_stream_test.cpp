@@ -65,6 +65,13 @@ TEST_F(OutputStreamTest, HoldsShortTextsBackUntilTheyDoNotFit) {
   EXPECT_EQ(written().size(), kCapacity);
 }
 
+TEST_F(OutputStreamTest, HoldsNoLongTextBack) {
+  stream.open(file());
+  stream.write("y");
+  stream.write(std::string(kCapacity, 'x'));
+  EXPECT_EQ(written().size(), 1 + kCapacity);
+}
+
 TEST_F(OutputStreamTest, IsOpenFromItsOpeningToItsEnd) {
   EXPECT_FALSE(stream.is_open());
   stream.open(file());
@@ -191,6 +198,13 @@ TEST_F(OutputStreamTest, ALostFileIsClosedAllTheSame) {
   stream.fail(ENOSPC);
   stream.finish();
   EXPECT_FALSE(stream.is_open());
+}
+
+TEST_F(OutputStreamTest, AStreamThatCannotGoBackIsAnError) {
+  stream.open(file());
+  const CallFault fault(Call::lseek, EIO);
+  stream.restart();
+  EXPECT_EQ(stream.error(), EIO);
 }
 
 TEST_F(OutputStreamTest, AStreamThatCannotStartAnewIsAnError) {

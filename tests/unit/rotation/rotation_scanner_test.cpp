@@ -1,10 +1,12 @@
 #include "rotation/rotation_scanner.h"
 
 #include <gtest/gtest.h>
+#include <new>
 #include <stdexcept>
 
 #include "captured_output.h"
 #include "rotation_scanner_rows.h"
+#include "unit/log/failing_allocation.h"
 
 namespace tavek {
 
@@ -113,6 +115,13 @@ TEST(RotationScanner, DirectivesOfTheMailWriterAreDropped) {
 TEST(RotationScanner, ALineWithoutANewlineIsNoDirective) {
   for (const std::string_view line : kUnfinishedLines) {
     const std::string whole = joined({"/a {\n", line});
+    EXPECT_EQ(scanned(job_for_a_host(), whole), whole);
+  }
+}
+
+TEST(RotationScanner, ACommandWithoutANewlineIsNoCommand) {
+  for (const std::string_view line : {"/"sv, "\t/"sv, "/x/anonymize_ip a"sv, "endscript"sv}) {
+    const std::string whole = joined({"/a {\npostrotate\n", line});
     EXPECT_EQ(scanned(job_for_a_host(), whole), whole);
   }
 }
@@ -238,6 +247,14 @@ TEST(RotationScanner, LetsTheErrorsOfTheContextPass) {
   job.settings.period_type = "by_moon";
   EXPECT_THROW(scanned(job, "/a {\ndaily\n}\n"), std::runtime_error);
   EXPECT_THROW(scanned(job, "/a {\n}\n"), std::runtime_error);
+}
+
+TEST(RotationScanner, CannotBeMadeWithoutMemory) {
+  const RewriteJob job;
+  CapturedOutput output;
+  RewriteContext context(job, output.stream());
+  const test::FailingAllocation first(1);
+  EXPECT_THROW(RotationScanner{context}, std::bad_alloc);
 }
 
 } // namespace

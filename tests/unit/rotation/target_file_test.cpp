@@ -102,6 +102,12 @@ TEST_F(TargetFile, AFifoIsRefusedWithoutWaitingForAReader) {
   EXPECT_TRUE(std::filesystem::is_fifo(path));
 }
 
+TEST_F(TargetFile, AFifoThatTakesItsPlaceIsNotWaitedFor) {
+  const CallFault change(Call::open, [this] { return mkfifo(path.c_str(), 0600); });
+  EXPECT_EQ(complaint(path), "prepared");
+  EXPECT_TRUE(std::filesystem::is_fifo(path));
+}
+
 TEST_F(TargetFile, ALinkToAFifoIsRefused) {
   ASSERT_EQ(mkfifo((directory / "fifo").c_str(), 0600), 0);
   std::filesystem::create_symlink("fifo", path);

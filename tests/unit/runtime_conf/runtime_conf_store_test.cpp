@@ -36,6 +36,9 @@ TEST_F(RuntimeConfStore, HoldsTwentyDefinitionsWithoutGrowing) {
 }
 
 TEST_F(RuntimeConfStore, GrowsFromTwentyToFortyEntries) {
+  define_numbered(20);
+  EXPECT_EQ(runtime_conf_reserve(store), 0);
+  EXPECT_EQ(store->capacity, 40U);
   define_numbered(21);
   EXPECT_EQ(store->capacity, 40U);
   EXPECT_EQ(store->count, 21U);
