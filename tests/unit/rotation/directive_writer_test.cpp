@@ -20,6 +20,19 @@ protected:
   DirectiveWriter writer{output.stream(), tally};
 };
 
+TEST(DirectiveTally, BeginsWithNothingSeenOrPending) {
+  const DirectiveTally tally;
+  for (const auto kind :
+       {&DirectiveTally::stanzas, &DirectiveTally::periods, &DirectiveTally::rotates, &DirectiveTally::compresses,
+        &DirectiveTally::mails, &DirectiveTally::missingoks, &DirectiveTally::anonymizers, &DirectiveTally::need_period,
+        &DirectiveTally::need_rotate, &DirectiveTally::need_compress, &DirectiveTally::need_mail}) {
+    EXPECT_EQ(tally.*kind, 0);
+  }
+  EXPECT_FALSE(tally.copytruncate_pending);
+  EXPECT_EQ(tally.last_period, "");
+  EXPECT_TRUE(tally.stanza_targeted);
+}
+
 TEST_F(DirectiveWriterTest, WritesASizeBehindItsName) {
   writer.write_period("by_size", "10M", "\tdaily\n");
   EXPECT_EQ(tally.periods, 1);

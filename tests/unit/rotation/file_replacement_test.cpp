@@ -174,7 +174,13 @@ TEST_F(FileReplacementTest, AFailedRenameLeavesTheNewFileToTheAdministrator) {
     FileReplacement replacement(target);
     replacement.output().write("new");
     replacement.complete();
-    EXPECT_THROW(replacement.rename_over_target(), std::filesystem::filesystem_error);
+    const std::string temporary = temporary_file();
+    try {
+      replacement.rename_over_target();
+      ADD_FAILURE() << "a directory was replaced";
+    } catch (const std::filesystem::filesystem_error& error) {
+      EXPECT_EQ(error.what(), "filesystem error: cannot rename: Is a directory [" + temporary + "] [" + target + "]");
+    }
   }
   EXPECT_TRUE(std::filesystem::is_directory(target));
   EXPECT_EQ(content_of(temporary_file()), "new");
