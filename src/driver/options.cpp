@@ -90,11 +90,12 @@ void store_words(const Words& words, const po::options_description& options, po:
   po::store(po::command_line_parser(words).options(options).positional(describe_positionals()).run(), map);
 }
 
+constexpr char kStandIn = '\x01'; // For a percent sign.
+
 // What the library says of words that it refuses. In the text of an error it replaces its placeholders, such as
 // %value%, until none is left, which never ends where a word that is put in holds one itself. So it is given the words
 // without their percent signs, and they are put back into what it says.
 std::string complaint_of(Words words, const po::options_description& options) {
-  constexpr char kStandIn = '\x01';
   for (std::string& word : words) {
     replace_byte(word, '%', kStandIn);
   }

@@ -1,1 +1,0 @@
-// Holds the precompiled header of the tests.
