@@ -8,6 +8,17 @@
 
 namespace tavek {
 
+namespace {
+
+// Of a symbolic link it is the link itself that a rename replaces.
+bool is_immutable(const std::string& path) {
+  struct statx status {};
+  return statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0 &&
+         (status.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
+}
+
+} // namespace
+
 std::runtime_error failed_to_open(const std::string& path, int error) {
   return std::runtime_error("Failed to open " + path + ": " + strerror(error));
 }
@@ -25,8 +36,8 @@ void prepare_target(const std::string& path) {
   }
   const FileDescriptor created(
       ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0644));
-  if (!created.is_open() && errno == EPERM) { // Immutable. Missing permissions are EACCES.
-    throw failed_to_open(path, errno);
+  if (!created.is_open() && errno == EPERM && is_immutable(path)) {
+    throw failed_to_open(path, EPERM);
   }
 }
 

@@ -81,6 +81,21 @@ def immutable_file(row):
         row.holds(scratch.target.read_bytes() == BEFORE and not scratch.left(), f"left {scratch.left()}")
 
 
+@row("a link to an immutable file")
+def link_to_immutable_file(row):
+    """It is the link that the rename replaces."""
+    require_root()
+    with Scratch() as scratch:
+        pointee = scratch.folder / "pointee"
+        scratch.target.rename(pointee)
+        scratch.target.symlink_to(pointee)
+        with attribute("i", pointee):
+            result = scratch.keep()
+        row.holds((result.returncode, result.stderr) == (0, ""), f"{result}")
+        row.holds(not scratch.target.is_symlink() and scratch.target.read_bytes() == AFTER, "the target is not NEW")
+        row.holds(pointee.read_bytes() == BEFORE and scratch.left() == [pointee], f"left {scratch.left()}")
+
+
 @row("a file that may only grow")
 def growing_file(row):
     """Only the rename is refused, so the whole new file stays."""
