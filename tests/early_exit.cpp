@@ -26,6 +26,7 @@ public:
   void TearDown() override { running_tests = 0; }
 };
 
-const testing::Environment* const early_exit = testing::AddGlobalTestEnvironment(new EarlyExit);
+// Where there is no memory for it there are no tests. NOLINTNEXTLINE(cert-err58-cpp)
+const testing::Environment* const kEarlyExit = testing::AddGlobalTestEnvironment(new EarlyExit);
 
 } // namespace

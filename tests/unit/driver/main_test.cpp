@@ -1,5 +1,7 @@
 #include <cstdlib>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "driver_run.h"
 #include "log/log.h"
@@ -33,6 +35,20 @@ TEST_F(Main, ReturnsTwoForAnErrorOfTheScanner) {
   std::filesystem::create_directory(target);
   EXPECT_EXIT(exit_with_status_of({"tool", target, "keep"}), testing::ExitedWithCode(2),
               "^input in flex scanner failed\n$");
+}
+
+TEST_F(Main, OpensTheStandardStreamsThatAreMissing) {
+  const auto run_without_streams = [] {
+    char name[] = "tool";
+    char option[] = "--bogus";
+    char* words[] = {name, option, nullptr};
+    close(STDIN_FILENO);
+    close(STDOUT_FILENO);
+    tool_main(2, words);
+    const bool open = fcntl(STDIN_FILENO, F_GETFD) != -1 && fcntl(STDOUT_FILENO, F_GETFD) != -1;
+    std::exit(open ? EXIT_SUCCESS : EXIT_FAILURE);
+  };
+  EXPECT_EXIT(run_without_streams(), testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
 TEST_F(Main, MessagesCarryTheNameThatItWasStartedBy) {
