@@ -1,8 +1,11 @@
 #include "rotation/target_file.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -28,6 +31,32 @@ std::string complaint(const std::string& path) {
 std::string refusal(const std::string& path) {
   return "Failed to open " + path + ": Not a regular file";
 }
+
+// Keeps a file immutable as long as it lives, where the file system has that and the user may ask for it.
+class Immutability {
+public:
+  explicit Immutability(const std::string& path) : file_(open(path.c_str(), O_RDONLY | O_CLOEXEC)), holds_(set(true)) {}
+  ~Immutability() { set(false); }
+  Immutability(const Immutability&) = delete;
+  Immutability& operator=(const Immutability&) = delete;
+
+  bool holds() const { return holds_; }
+
+private:
+  bool set(bool immutable) const {
+    int flags = 0;
+    if (ioctl(file_.get(), FS_IOC_GETFLAGS, &flags) == -1) {
+      return false;
+    }
+    flags = immutable ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
+    return ioctl(file_.get(), FS_IOC_SETFLAGS, &flags) == 0;
+  }
+
+  const FileDescriptor file_;
+  const bool holds_;
+};
+
+constexpr const char* kNoImmutability = "no file can be made immutable here; tools/torture tries that on a disk";
 
 class TargetFile : public testing::Test {
 protected:
@@ -84,6 +113,25 @@ TEST_F(TargetFile, OneThatMayNotBeWrittenIsNotReportedFor) {
     EXPECT_EQ(complaint(path), "prepared");
     EXPECT_TRUE(fault.happened());
   }
+}
+
+TEST_F(TargetFile, AnImmutableOneIsRefused) {
+  directory.write("target", "content");
+  const Immutability immutability(path);
+  if (!immutability.holds()) {
+    GTEST_SKIP() << kNoImmutability;
+  }
+  EXPECT_EQ(complaint(path), "Failed to open " + path + ": Operation not permitted");
+}
+
+TEST_F(TargetFile, ALinkToAnImmutableOneIsNot) {
+  directory.write("pointee", "content");
+  std::filesystem::create_symlink("pointee", path);
+  const Immutability immutability(directory / "pointee");
+  if (!immutability.holds()) {
+    GTEST_SKIP() << kNoImmutability;
+  }
+  EXPECT_EQ(complaint(path), "prepared");
 }
 
 TEST_F(TargetFile, ADirectoryIsNotReportedYet) {
