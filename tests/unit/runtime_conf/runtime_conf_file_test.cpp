@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 #include "unit/runtime_conf/conf_file_fixture.h"
@@ -35,6 +36,19 @@ TEST_F(RuntimeConfFile, MayBeEmpty) {
   EXPECT_EQ(read(""), 0);
   EXPECT_EQ(store->capacity, 20U);
   EXPECT_EQ(store->count, 0U);
+}
+
+// A file is given the lowest descriptor that is free.
+int lowest_free_descriptor() {
+  const int fd = dup(STDERR_FILENO);
+  close(fd);
+  return fd;
+}
+
+TEST_F(RuntimeConfFile, LeavesNoDescriptorOpen) {
+  const int before = lowest_free_descriptor();
+  EXPECT_EQ(read("A 1\n"), 0);
+  EXPECT_EQ(lowest_free_descriptor(), before);
 }
 
 TEST_F(RuntimeConfFile, LetsTheLaterDefinitionWin) {
