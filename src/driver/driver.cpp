@@ -58,8 +58,7 @@ void run_rewrite(const RewriteJob& job) {
 }
 
 // Whether a host's file is to be rewritten. Only "on" reads, checks and cleans. "keep" rewrites with the settings at
-// their start values: periods and rotation counts stay, while compression goes off and mail lines go, as they would for
-// a host whose owner never asked for them.
+// their start values: periods and rotation counts stay, while compression goes off and mail lines go.
 bool apply_status(const Options& options, const std::string& name, RewriteJob& job) {
   const Switch status = options.switch_value("on-off");
   if (status == Switch::off) {
