@@ -12,10 +12,10 @@
 #include "driver/process_state.h"
 #include "driver/system_log_category.h"
 #include "driver/system_logs_fanout.h"
-#include "rotation/file_replacement.h"
+#include "file/file_replacement.h"
+#include "file/target_file.h"
 #include "rotation/rewriter.h"
 #include "rotation/rotation_settings.h"
-#include "rotation/target_file.h"
 #include "runtime_conf/runtime_conf.h"
 
 namespace tavek {

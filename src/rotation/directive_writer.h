@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "file/output_stream.h"
 #include "rotation/directive_tally.h"
-#include "rotation/output_stream.h"
 
 namespace tavek {
 

@@ -11,8 +11,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "rotation/file_descriptor.h"
-#include "rotation/target_file.h"
+#include "file/file_descriptor.h"
+#include "file/target_file.h"
 
 namespace tavek {
 

@@ -4,9 +4,9 @@
 
 #include <string_view>
 
+#include "file/output_stream.h"
 #include "rotation/directive_tally.h"
 #include "rotation/directive_writer.h"
-#include "rotation/output_stream.h"
 #include "rotation/rotation_settings.h"
 
 namespace tavek {

@@ -2,7 +2,7 @@
 
 // The rewrite of one rotation file.
 
-#include "rotation/file_replacement.h"
+#include "file/file_replacement.h"
 #include "rotation/input_text.h"
 #include "rotation/rotation_settings.h"
 

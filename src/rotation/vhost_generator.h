@@ -2,8 +2,8 @@
 
 // The rotation file of a virtual host that has none yet.
 
+#include "file/output_stream.h"
 #include "rotation/directive_writer.h"
-#include "rotation/output_stream.h"
 #include "rotation/rotation_settings.h"
 
 namespace tavek {

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "unit/temporary_directory.h"
+#include "support/temporary_directory.h"
 
 namespace tavek::test {
 

@@ -8,9 +8,9 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include "call_fault.h"
 #include "driver/process_state.h"
-#include "driver_run.h"
+#include "support/call_fault.h"
+#include "unit/driver/driver_run.h"
 
 namespace tavek {
 

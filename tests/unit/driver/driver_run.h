@@ -7,10 +7,10 @@
 #include <sys/stat.h>
 #include <vector>
 
-#include "command_line.h"
 #include "driver/driver.h"
 #include "runtime_conf/runtime_conf.h"
-#include "temporary_directory.h"
+#include "support/temporary_directory.h"
+#include "unit/driver/command_line.h"
 
 namespace tavek {
 

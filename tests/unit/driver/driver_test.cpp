@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <unistd.h>
 
-#include "driver_run.h"
 #include "rotation/input_text.h"
+#include "unit/driver/driver_run.h"
 
 namespace tavek {
 

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "driver_run.h"
 #include "log/log.h"
+#include "unit/driver/driver_run.h"
 
 int tool_main(int argc, char** argv);
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-#include "command_line.h"
+#include "unit/driver/command_line.h"
 
 namespace tavek {
 

@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "command_line.h"
-#include "temporary_directory.h"
+#include "support/temporary_directory.h"
+#include "unit/driver/command_line.h"
 
 namespace po = boost::program_options;
 

@@ -11,8 +11,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "rotation/file_descriptor.h"
-#include "temporary_directory.h"
+#include "file/file_descriptor.h"
+#include "support/temporary_directory.h"
 
 namespace tavek {
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "command_line.h"
+#include "unit/driver/command_line.h"
 
 namespace tavek {
 

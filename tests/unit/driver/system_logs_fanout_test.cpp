@@ -9,9 +9,9 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "call_fault.h"
-#include "command_line.h"
-#include "temporary_directory.h"
+#include "support/call_fault.h"
+#include "support/temporary_directory.h"
+#include "unit/driver/command_line.h"
 
 namespace tavek {
 

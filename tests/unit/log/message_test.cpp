@@ -6,7 +6,7 @@
 #include <string>
 #include <unistd.h>
 
-#include "unit/log/failing_allocation.h"
+#include "support/failing_allocation.h"
 #include "unit/log/fresh_log_state.h"
 #include "unit/log/recorded_streams.h"
 

@@ -3,7 +3,7 @@
 #include <wchar.h>
 
 #include "log/strbuf.h"
-#include "unit/log/failing_allocation.h"
+#include "support/failing_allocation.h"
 #include "unit/log/strbuf_fixture.h"
 
 namespace tavek {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 
-#include "unit/log/failing_allocation.h"
+#include "support/failing_allocation.h"
 #include "unit/log/strbuf_fixture.h"
 
 namespace tavek {

@@ -5,7 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "rotation/output_stream.h"
+#include "file/output_stream.h"
 
 namespace tavek {
 

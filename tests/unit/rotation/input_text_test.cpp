@@ -9,10 +9,10 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 
-#include "call_fault.h"
-#include "open_descriptors.h"
-#include "rotation/file_descriptor.h"
-#include "temporary_directory.h"
+#include "file/file_descriptor.h"
+#include "support/call_fault.h"
+#include "support/open_descriptors.h"
+#include "support/temporary_directory.h"
 
 namespace tavek {
 

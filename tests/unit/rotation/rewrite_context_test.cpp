@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-#include "captured_output.h"
+#include "unit/rotation/captured_output.h"
 
 namespace tavek {
 

@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-#include "call_fault.h"
-#include "temporary_directory.h"
+#include "support/call_fault.h"
+#include "support/temporary_directory.h"
 
 namespace tavek {
 

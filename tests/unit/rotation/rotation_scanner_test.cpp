@@ -4,9 +4,9 @@
 #include <new>
 #include <stdexcept>
 
-#include "captured_output.h"
-#include "rotation_scanner_rows.h"
-#include "unit/log/failing_allocation.h"
+#include "support/failing_allocation.h"
+#include "unit/rotation/captured_output.h"
+#include "unit/rotation/rotation_scanner_rows.h"
 
 namespace tavek {
 

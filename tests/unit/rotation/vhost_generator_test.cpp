@@ -4,10 +4,10 @@
 #include <stdexcept>
 #include <utility>
 
-#include "captured_output.h"
 #include "log/log.h"
 #include "runtime_conf/runtime_conf.h"
-#include "temporary_directory.h"
+#include "support/temporary_directory.h"
+#include "unit/rotation/captured_output.h"
 
 namespace tavek {
 

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "runtime_conf/runtime_conf_file.h"
+#include "support/temporary_directory.h"
 #include "unit/runtime_conf/fresh_store.h"
-#include "unit/temporary_directory.h"
 
 namespace tavek::test {
 

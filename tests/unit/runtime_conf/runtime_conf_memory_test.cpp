@@ -7,9 +7,9 @@
 
 #include "runtime_conf/runtime_conf.h"
 #include "runtime_conf/runtime_conf_file.h"
-#include "unit/log/failing_allocation.h"
+#include "support/failing_allocation.h"
+#include "support/temporary_directory.h"
 #include "unit/runtime_conf/fresh_store.h"
-#include "unit/temporary_directory.h"
 
 namespace tavek {
 

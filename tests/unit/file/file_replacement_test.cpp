@@ -1,4 +1,4 @@
-#include "rotation/file_replacement.h"
+#include "file/file_replacement.h"
 
 #include <algorithm>
 #include <cctype>
@@ -10,10 +10,10 @@
 #include <stdexcept>
 #include <sys/stat.h>
 
-#include "call_fault.h"
-#include "open_descriptors.h"
-#include "temporary_directory.h"
-#include "unit/log/failing_allocation.h"
+#include "support/call_fault.h"
+#include "support/failing_allocation.h"
+#include "support/open_descriptors.h"
+#include "support/temporary_directory.h"
 
 namespace tavek {
 

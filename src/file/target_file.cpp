@@ -1,10 +1,10 @@
-#include "rotation/target_file.h"
+#include "file/target_file.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 
-#include "rotation/file_descriptor.h"
+#include "file/file_descriptor.h"
 
 namespace tavek {
 

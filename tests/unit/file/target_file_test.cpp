@@ -1,4 +1,4 @@
-#include "rotation/target_file.h"
+#include "file/target_file.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -10,9 +10,9 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 
-#include "call_fault.h"
-#include "rotation/file_descriptor.h"
-#include "temporary_directory.h"
+#include "file/file_descriptor.h"
+#include "support/call_fault.h"
+#include "support/temporary_directory.h"
 
 namespace tavek {
 

@@ -1,4 +1,4 @@
-#include "rotation/output_stream.h"
+#include "file/output_stream.h"
 
 #include <cerrno>
 #include <unistd.h>

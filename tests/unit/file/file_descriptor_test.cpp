@@ -1,4 +1,4 @@
-#include "rotation/file_descriptor.h"
+#include "file/file_descriptor.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -1,12 +1,12 @@
-#include "rotation/output_stream.h"
+#include "file/output_stream.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
 
-#include "call_fault.h"
-#include "temporary_directory.h"
+#include "support/call_fault.h"
+#include "support/temporary_directory.h"
 
 namespace tavek {
 

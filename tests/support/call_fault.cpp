@@ -1,4 +1,4 @@
-#include "call_fault.h"
+#include "support/call_fault.h"
 
 #include <cerrno>
 #include <cstdarg>

@@ -1,4 +1,4 @@
-#include "unit/log/failing_allocation.h"
+#include "support/failing_allocation.h"
 
 #include <cstddef>
 

@@ -1,4 +1,4 @@
-#include "rotation/file_replacement.h"
+#include "file/file_replacement.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -11,8 +11,8 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "file/target_file.h"
 #include "log/strbuf.h"
-#include "rotation/target_file.h"
 
 namespace tavek {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <sys/types.h>
 
-#include "rotation/file_descriptor.h"
+#include "file/file_descriptor.h"
 
 namespace tavek {
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "rotation/output_stream.h"
+#include "file/output_stream.h"
 
 namespace tavek {
 
