@@ -5,7 +5,7 @@
 #include "driver/driver.h"
 #include "driver/process_state.h"
 #include "log/log.h"
-#include "rotation/input_text.h"
+#include "rotation/scanner_fatal_error.h"
 
 namespace {
 

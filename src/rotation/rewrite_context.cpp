@@ -137,15 +137,14 @@ void RewriteContext::add_lacking_vhost_directives() {
 }
 
 bool RewriteContext::end_of_input() {
-  if (settings_.system_mode || second_pass_) {
+  if (settings_.system_mode) {
     return false;
   }
   if (tally_.stanzas == 0) {
     write_default_file(settings_, output_, tally_);
     return false;
   }
-  second_pass_ = needs_second_pass();
-  return second_pass_;
+  return needs_second_pass();
 }
 
 // A closed stanza has every kind, so this is for a file in which none closes: the missing kinds are inserted at the

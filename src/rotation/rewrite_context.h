@@ -59,7 +59,6 @@ private:
   OutputStream& output_;
   DirectiveTally tally_;
   DirectiveWriter writer_;
-  bool second_pass_ = false;
 };
 
 } // namespace tavek

@@ -5,21 +5,21 @@
 
 namespace tavek {
 
-InputText open_scanner_streams(const RewriteJob& job, const FileReplacement& replacement) {
-  InputText text = InputText::of_file(job.config_path);
+ScannerInput open_scanner_streams(const RewriteJob& job, const FileReplacement& replacement) {
+  ScannerInput input(job.config_path);
   replacement.require_open();
-  return text;
+  return input;
 }
 
 void rewrite(const RewriteJob& job, FileReplacement& replacement) {
   RewriteContext context(job, replacement.output());
   RotationScanner scanner(context);
   const auto scan_target = [&] {
-    InputText text = open_scanner_streams(job, replacement);
-    scanner.scan(text);
+    ScannerInput input = open_scanner_streams(job, replacement);
+    scanner.scan(input);
   };
   scan_target();
-  while (context.end_of_input()) {
+  if (context.end_of_input()) {
     replacement.output().restart();
     scan_target();
   }

@@ -1,14 +1,14 @@
 #pragma once
 
-// The scanner of rotation files, whose rules are in rotation_scanner.l.
+// The scanner of rotation files; its rules are in rotation_scanner.l.
 
-#include "rotation/input_text.h"
 #include "rotation/rewrite_context.h"
+#include "rotation/scanner_input.h"
 
 namespace tavek {
 
-/// Owns the generated scanner. What it recognises it hands to a context, which is borrowed and may throw. Where it is
-/// in the file's structure (outside stanzas, in one, in a script) stays as it is from one text to the next.
+/// Owns the generated scanner and reports what it recognises to a context, which is borrowed and may throw. The start
+/// condition (outside a stanza, in a stanza, in a script) carries over from one input to the next.
 class RotationScanner {
 public:
   /// Throws std::bad_alloc.
@@ -17,11 +17,12 @@ public:
   RotationScanner(const RotationScanner&) = delete;
   RotationScanner& operator=(const RotationScanner&) = delete;
 
-  /// Scans a text from the beginning of a line to its end. The text is used as the scanner's buffer. Throws
-  /// ScannerFatalError, and whatever the context throws; the scanner can then only be destroyed.
-  void scan(InputText& text);
+  /// Scans a whole input, which must start at the beginning of a line, and uses it as the scanner's buffer. Throws
+  /// ScannerFatalError and anything the context throws; the scanner can then only be destroyed.
+  void scan(ScannerInput& input);
 
 private:
+  RewriteContext& context_;
   void* scanner_ = nullptr;
 };
 

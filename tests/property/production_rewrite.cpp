@@ -13,10 +13,17 @@
 namespace tavek {
 namespace {
 
-/// A file in memory for an OutputStream to write.
+/// A file in memory.
 class MemoryFile {
 public:
-  MemoryFile() : fd_(memfd_create("output", MFD_CLOEXEC)) {}
+  explicit MemoryFile(std::string_view content = "") : fd_(memfd_create("file", MFD_CLOEXEC)) {
+    if (pwrite(fd_.get(), content.data(), content.size(), 0) != static_cast<ssize_t>(content.size())) {
+      throw std::logic_error("The input cannot be written");
+    }
+  }
+
+  /// A name by which the file can be opened while this object lives.
+  std::string path() const { return "/proc/self/fd/" + std::to_string(fd_.get()); }
 
   /// A second descriptor of the file, for the stream to close.
   FileDescriptor duplicate() const { return FileDescriptor(dup(fd_.get())); }
@@ -54,17 +61,20 @@ private:
 };
 
 int scan_passes(std::string_view input, const RewriteJob& job, OutputStream& output) {
-  constexpr int no_end = 3;
   RewriteContext context(job, output);
   RotationScanner scanner(context);
-  for (int passes = 1;; ++passes) {
-    InputText text = InputText::of(input);
-    scanner.scan(text);
-    if (!context.end_of_input() || passes == no_end) {
-      return passes;
-    }
-    output.restart();
+  const MemoryFile file(input);
+  const auto scan = [&] {
+    ScannerInput content(file.path());
+    scanner.scan(content);
+  };
+  scan();
+  if (!context.end_of_input()) {
+    return 1;
   }
+  output.restart();
+  scan();
+  return 2;
 }
 
 std::string file_content(const std::string& path) {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <unistd.h>
 
-#include "rotation/input_text.h"
+#include "rotation/scanner_fatal_error.h"
 #include "unit/driver/driver_run.h"
 
 namespace tavek {

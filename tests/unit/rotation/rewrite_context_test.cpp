@@ -263,7 +263,6 @@ TEST_F(RewriteContextTest, ASecondPassWritesAtTheHeadsWhatTheFirstNeverWrote) {
   EXPECT_TRUE(context.end_of_input());
   output.stream().restart();
   context.stanza_head("/b {\n");
-  EXPECT_FALSE(context.end_of_input()) << "there is no third pass";
   EXPECT_EQ(written(), "/b {\n\tweekly\n\trotate 5\n\tcompress\n\tmail a@b\n\tmailfirst\n");
 }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
+#include "rotation/scanner_fatal_error.h"
 #include "support/call_fault.h"
 #include "support/temporary_directory.h"
 

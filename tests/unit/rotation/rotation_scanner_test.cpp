@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "support/failing_allocation.h"
+#include "support/temporary_directory.h"
 #include "unit/rotation/captured_output.h"
 #include "unit/rotation/rotation_scanner_rows.h"
 
@@ -35,8 +36,9 @@ std::string scanned_in_turn(const RewriteJob& job, const std::vector<std::string
   CapturedOutput output;
   RewriteContext context(job, output.stream());
   RotationScanner scanner(context);
+  const TemporaryDirectory directory;
   for (const std::string& text : texts) {
-    InputText input = InputText::of(text);
+    ScannerInput input(directory.write("input", text));
     scanner.scan(input);
   }
   return output.text();

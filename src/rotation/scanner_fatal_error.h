@@ -1,0 +1,15 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace tavek {
+
+/// The input cannot be read or is too large to scan. The program ends as after a generated scanner's own fatal error:
+/// the message on standard error and exit status 2.
+class ScannerFatalError : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
+  static constexpr int kExitStatus = 2;
+};
+
+} // namespace tavek

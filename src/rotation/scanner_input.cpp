@@ -1,0 +1,78 @@
+#include "rotation/scanner_input.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <fcntl.h>
+#include <memory>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "file/file_descriptor.h"
+#include "file/target_file.h"
+#include "rotation/scanner_fatal_error.h"
+
+namespace tavek {
+
+namespace {
+
+constexpr std::size_t kLargest = INT_MAX - 16; // flex counts the bytes of a buffer and of a token in an int.
+constexpr std::size_t kHugePage = 2097152;     // With huge pages a large file is read in half the time.
+constexpr std::size_t kFirstCapacity = 4096;   // For a file whose size is unknown.
+
+// Like a generated scanner: an interrupted read is tried again, any other error is fatal.
+std::size_t read_some(int fd, char* to, std::size_t room) {
+  for (;;) {
+    const ssize_t got = ::read(fd, to, room);
+    if (got != -1) {
+      return static_cast<std::size_t>(got);
+    }
+    if (errno != EINTR) {
+      throw ScannerFatalError("input in flex scanner failed");
+    }
+  }
+}
+
+} // namespace
+
+ScannerInput::ScannerInput(const std::string& path) {
+  // Opening must not wait for a writer in case a FIFO has just taken the file's place.
+  const FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat status {};
+  if (!fd.is_open() || fstat(fd.get(), &status) == -1) {
+    throw failed_to_open(path, errno);
+  }
+  refuse_special_file(path, status);
+  // One byte more than the file has, so that reading finds its end without growing the buffer.
+  allocate(std::max(static_cast<std::size_t>(std::max<off_t>(status.st_size, 0)) + 1, kFirstCapacity));
+  read_all(fd.get());
+}
+
+// Moves to a larger block.
+void ScannerInput::allocate(std::size_t capacity) {
+  if (capacity > kLargest) {
+    throw ScannerFatalError("fatal error - scanner input buffer overflow");
+  }
+  auto larger = std::make_unique_for_overwrite<char[]>(capacity + kEndBytes);
+  void* huge_pages = larger.get();
+  if (std::align(kHugePage, kHugePage, huge_pages, capacity) != nullptr) {
+    madvise(huge_pages, capacity, MADV_HUGEPAGE);
+  }
+  std::copy_n(bytes_.get(), size_, larger.get());
+  bytes_ = std::move(larger);
+  capacity_ = capacity;
+}
+
+void ScannerInput::read_all(int fd) {
+  while (const std::size_t got = read_some(fd, data() + size_, capacity_ - size_)) {
+    size_ += got;
+    if (size_ == capacity_) {
+      allocate(capacity_ * 2);
+    }
+  }
+  std::memset(data() + size_, 0, kEndBytes);
+}
+
+} // namespace tavek
