@@ -1,0 +1,18 @@
+# Fails if a file of SRC/ROOM includes a header of a room that is not in USES.
+cmake_minimum_required(VERSION 3.25)
+
+file(GLOB files "${SRC}/${ROOM}/*")
+set(forbidden "")
+foreach(file IN LISTS files)
+  file(STRINGS "${file}" includes REGEX "^#include \"[a-z_]+/")
+  foreach(include IN LISTS includes)
+    string(REGEX REPLACE "^#include \"([a-z_]+)/.*" "\\1" used "${include}")
+    if(NOT used IN_LIST USES AND NOT used STREQUAL ROOM)
+      string(APPEND forbidden "\n  ${file}: ${include}\n  is a forbidden arrow: ${ROOM} -> ${used}")
+    endif()
+  endforeach()
+endforeach()
+if(forbidden)
+  list(JOIN USES ", " allowed)
+  message(FATAL_ERROR "src/CMakeLists.txt lets ${ROOM} use only these rooms: ${allowed}.${forbidden}")
+endif()

@@ -1,0 +1,20 @@
+# A room is a folder of src, built as a library that links exactly the rooms it uses.
+
+# tavek_room(NAME USES ROOM... SOURCES FILE...): an include of a room that is not listed fails the build.
+function(tavek_room name)
+  cmake_parse_arguments(PARSE_ARGV 1 room "" "" "USES;SOURCES")
+  list(TRANSFORM room_SOURCES PREPEND "${name}/")
+  add_library(tavek_${name} STATIC ${room_SOURCES})
+  target_include_directories(tavek_${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
+  target_link_libraries(tavek_${name} PRIVATE tavek_warnings tavek_hardening)
+  tavek_tidy(tavek_${name})
+  foreach(used IN LISTS room_USES)
+    target_link_libraries(tavek_${name} PRIVATE tavek_${used})
+  endforeach()
+
+  add_custom_target(tavek_${name}_arrows VERBATIM
+    COMMAND "${CMAKE_COMMAND}" "-DSRC=${CMAKE_CURRENT_SOURCE_DIR}" -DROOM=${name} "-DUSES=${room_USES}"
+      -P "${PROJECT_SOURCE_DIR}/cmake/CheckArrows.cmake")
+  add_dependencies(tavek_${name} tavek_${name}_arrows)
+  set_target_properties(tavek_${name} PROPERTIES ROOM_USES "${room_USES}")
+endfunction()
