@@ -34,16 +34,19 @@ __attribute__((format(printf, 2, 0))) void print_line(FILE* stream, const char* 
   fflush(stream);
 }
 
+// Copies as much of `text` as fits. `text` may be the target itself, because log_init may be given its own identity.
 template <std::size_t Size>
-void copy_cut(std::array<char, Size>& target, const char* text) {
-  snprintf(target.data(), target.size(), "%s", text);
+void copy_truncated(std::array<char, Size>& target, const char* text) {
+  const std::size_t length = strnlen(text, Size - 1);
+  memmove(target.data(), text, length);
+  target[length] = '\0';
 }
 
 // An id that the parent process put into the environment wins, so that a family of processes shares one.
 void take_trace_id() {
   const char* inherited = getenv(kTraceVariable);
   if (inherited != nullptr && *inherited != '\0') {
-    copy_cut(state.log_trace_id, inherited);
+    copy_truncated(state.log_trace_id, inherited);
     return;
   }
   const int initial = toupper(static_cast<unsigned char>(program_invocation_short_name[0]));
@@ -54,7 +57,7 @@ void take_trace_id() {
 void open_syslog(int options, const char* ident) {
   closelog();
   state.log_options = options | LOG_PID;
-  copy_cut(state.log_ident, ident != nullptr ? ident : program_invocation_short_name);
+  copy_truncated(state.log_ident, ident != nullptr ? ident : program_invocation_short_name);
   if ((state.log_options & kLogTraced) != 0) {
     take_trace_id();
   }

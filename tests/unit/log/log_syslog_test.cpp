@@ -70,6 +70,12 @@ TEST_F(LogSyslog, CutsAnIdentityToSixtyThreeCharacters) {
   EXPECT_EQ(log_state().log_ident.data(), std::string(63, 'b'));
 }
 
+TEST_F(LogSyslog, KeepsTheIdentityItIsGivenAgain) {
+  log_init(nullptr, 0, 16, 0, "panel");
+  log_init(nullptr, 0, 16, 0, log_state().log_ident.data());
+  EXPECT_STREQ(log_state().log_ident.data(), "panel");
+}
+
 TEST_F(LogSyslog, KeepsTheIdentityReadableThatSyslogBorrows) {
   {
     const std::string identity = "short-lived";
