@@ -23,9 +23,8 @@ constexpr mode_t kMode = 0644;
 } // namespace
 
 FileReplacement::FileReplacement(const std::string& target) : target_(target), temp_path_(temporary_name(target)) {
-  output_.open(create());
-  create_error_ = errno;
-  remove_ = output_.is_open();
+  create_error_ = create();
+  remove_ = create_error_ == 0;
 }
 
 FileReplacement::~FileReplacement() {
@@ -44,21 +43,26 @@ FileReplacement::HeapText FileReplacement::temporary_name(const std::string& tar
   return HeapText(text);
 }
 
-// On failure the descriptor is not open and errno is set.
-FileDescriptor FileReplacement::create() {
+// Opens the output. Returns 0, or the errno of the failure.
+int FileReplacement::create() {
   FileDescriptor fd(mkostemp(temp_path_.get(), O_CLOEXEC));
-  if (!fd.is_open()) {
-    // The name stands even where mkstemp gave up; whoever may create it by name still gets a file.
-    return FileDescriptor(::open(temp_path_.get(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kMode));
+  if (fd.is_open()) {
+    if (fchmod(fd.get(), kMode) == -1) { // mkostemp creates the file with mode 0600.
+      output_.fail(errno);
+    }
+  } else {
+    // When mkostemp fails, the path still contains the name it tried; opening that directly may work.
+    fd = FileDescriptor(::open(temp_path_.get(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kMode));
+    if (!fd.is_open()) {
+      return errno;
+    }
   }
-  if (fchmod(fd.get(), kMode) == -1) { // mkstemp's own mode would hide the file from the log service's users.
-    output_.fail(errno);
-  }
-  return fd;
+  output_.open(std::move(fd));
+  return 0;
 }
 
 void FileReplacement::require_open() const {
-  if (!output_.is_open()) {
+  if (create_error_ != 0) {
     throw failed_to_open(temp_path_.get(), create_error_);
   }
 }

@@ -41,7 +41,7 @@ private:
   using HeapText = std::unique_ptr<char, Free>;
 
   static HeapText temporary_name(const std::string& target);
-  FileDescriptor create();
+  int create();
 
   const std::string target_;
   const HeapText temp_path_;
