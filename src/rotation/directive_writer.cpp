@@ -11,6 +11,11 @@ constexpr std::string_view kAnonymizeCommand = "\t\t/opt/oru/admin/sbin/anonymiz
 
 } // namespace
 
+void DirectiveWriter::begin_stanza(std::string_view head) {
+  output_.write(head);
+  tally_.last_period.clear();
+}
+
 void DirectiveWriter::write_period(const std::string& type, const std::string& value, std::string_view pass_through) {
   if (!value.empty() && value == tally_.last_period) {
     return;
@@ -67,20 +72,20 @@ void DirectiveWriter::write_copytruncate() {
   tally_.copytruncate_pending = false;
 }
 
-void DirectiveWriter::write_anonymize(bool with_block) {
-  if (with_block) {
+void DirectiveWriter::write_anonymize(PostrotateBlock block) {
+  if (block == PostrotateBlock::write) {
     output_.write("\tpostrotate\n");
   }
   output_.write(kAnonymizeCommand);
-  if (with_block) {
+  if (block == PostrotateBlock::write) {
     output_.write("\tendscript\n");
   }
   ++tally_.anonymizers;
 }
 
-void DirectiveWriter::write_anonymize_if(bool condition, bool with_block) {
+void DirectiveWriter::write_anonymize_if(bool condition, PostrotateBlock block) {
   if (condition) {
-    write_anonymize(with_block);
+    write_anonymize(block);
   }
 }
 

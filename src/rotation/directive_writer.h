@@ -11,11 +11,20 @@
 
 namespace tavek {
 
+/// Whether a postrotate block is written around a command.
+enum class PostrotateBlock { omit, write };
+
 /// Writes managed directives to one output and keeps the tally; neither is owned. Failures of the output are the
 /// output's to remember.
 class DirectiveWriter {
 public:
   DirectiveWriter(OutputStream& output, DirectiveTally& tally) : output_(output), tally_(tally) {}
+
+  /// Copies text that is not managed.
+  void copy(std::string_view text) { output_.write(text); }
+
+  /// Writes the head of a stanza, which has no period yet.
+  void begin_stanza(std::string_view head);
 
   /// Writes a period: "size=VALUE" for the type "by_size", the value itself for "by_time", `pass_through` unchanged for
   /// an empty type. A value that the stanza already has is not written again. Throws std::runtime_error for any other
@@ -34,12 +43,12 @@ public:
   void write_missingok();
   void write_copytruncate();
 
-  /// Writes the anonymizing command, inside a postrotate script of its own when `with_block`. logrotate starts a script
-  /// with the names of the rotated logs as its arguments, which the command hands on as $*.
-  void write_anonymize(bool with_block);
+  /// Writes the anonymizing command, with a postrotate block around it or alone. logrotate starts a script with the
+  /// names of the rotated logs as its arguments, which the command passes on as $*.
+  void write_anonymize(PostrotateBlock block);
 
-  /// write_anonymize() when `condition` holds.
-  void write_anonymize_if(bool condition, bool with_block);
+  /// Calls write_anonymize() if `condition` is true.
+  void write_anonymize_if(bool condition, PostrotateBlock block);
 
 private:
   OutputStream& output_;

@@ -28,13 +28,12 @@ bool runs_anonymizer(std::string_view line) {
 } // namespace
 
 RewriteContext::RewriteContext(const RewriteJob& job, OutputStream& output)
-    : job_(job), settings_(job.settings), output_(output), writer_(output, tally_) {}
+    : job_(job), settings_(job.settings), writer_(output, tally_) {}
 
 void RewriteContext::stanza_head(std::string_view text) {
   tally_.stanza_targeted = targets(text);
   ++tally_.stanzas;
-  tally_.last_period.clear();
-  copy(text);
+  writer_.begin_stanza(text);
   tally_.copytruncate_pending = true;
   insert_needed();
 }
@@ -98,12 +97,12 @@ void RewriteContext::script_command(std::string_view text) {
   if (settings_.anonymize == Switch::keep || !runs_anonymizer(text)) {
     copy(text);
   } else {
-    writer_.write_anonymize_if(anonymizes(), false);
+    writer_.write_anonymize_if(anonymizes(), PostrotateBlock::omit);
   }
 }
 
 void RewriteContext::endscript_line(std::string_view text) {
-  writer_.write_anonymize_if(lacks(&DirectiveTally::anonymizers) && anonymizes(), false);
+  writer_.write_anonymize_if(lacks(&DirectiveTally::anonymizers) && anonymizes(), PostrotateBlock::omit);
   copy(text);
 }
 
@@ -117,7 +116,8 @@ void RewriteContext::stanza_close(std::string_view text) {
   if (!settings_.system_mode) {
     add_lacking_vhost_directives();
   }
-  writer_.write_anonymize_if(lacks(&DirectiveTally::anonymizers) && anonymizes() && tally_.stanza_targeted, true);
+  writer_.write_anonymize_if(lacks(&DirectiveTally::anonymizers) && anonymizes() && tally_.stanza_targeted,
+                             PostrotateBlock::write);
   copy(text);
 }
 
@@ -141,7 +141,7 @@ bool RewriteContext::end_of_input() {
     return false;
   }
   if (tally_.stanzas == 0) {
-    write_default_file(settings_, output_, tally_);
+    write_default_file(settings_, writer_);
     return false;
   }
   return needs_second_pass();

@@ -20,7 +20,7 @@ public:
   RewriteContext(const RewriteJob& job, OutputStream& output);
 
   /// Text that is nobody's business here.
-  void copy(std::string_view text) { output_.write(text); }
+  void copy(std::string_view text) { writer_.copy(text); }
 
   void stanza_head(std::string_view text);
   void period_line(std::string_view text);
@@ -56,7 +56,6 @@ private:
 
   const RewriteJob& job_;
   const RotationSettings& settings_;
-  OutputStream& output_;
   DirectiveTally tally_;
   DirectiveWriter writer_;
 };

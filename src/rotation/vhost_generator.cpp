@@ -33,29 +33,26 @@ std::string stanza_head(const std::string& vhost_name, const LogFamily& family) 
   return head;
 }
 
-void write_stanza(const RotationSettings& settings, const LogFamily& family, OutputStream& output,
-                  DirectiveTally& tally) {
-  DirectiveWriter writer(output, tally);
-  output.write(stanza_head(settings.vhost_name, family));
-  tally.last_period.clear();
+void write_stanza(const RotationSettings& settings, const LogFamily& family, DirectiveWriter& writer) {
+  writer.begin_stanza(stanza_head(settings.vhost_name, family));
   writer.write_period(settings.period_type, settings.period, "");
   writer.write_rotate(settings.rot_count, "");
   writer.write_compress(settings.compress);
   writer.write_mail(settings.email);
   writer.write_missingok();
   writer.write_copytruncate();
-  writer.write_anonymize_if(family.anonymized && settings.anonymize == Switch::on, true);
-  output.write("}\n");
+  writer.write_anonymize_if(family.anonymized && settings.anonymize == Switch::on, PostrotateBlock::write);
+  writer.copy("}\n");
 }
 
 } // namespace
 
-void write_default_file(const RotationSettings& settings, OutputStream& output, DirectiveTally& tally) {
-  output.write(kHeader);
+void write_default_file(const RotationSettings& settings, DirectiveWriter& writer) {
+  writer.copy(kHeader);
   // logrotate refuses a log with a second hard link unless told otherwise.
-  output.write("\nallowhardlink\n");
+  writer.copy("\nallowhardlink\n");
   for (const LogFamily& family : kLogFamilies) {
-    write_stanza(settings, family, output, tally);
+    write_stanza(settings, family, writer);
   }
 }
 

@@ -2,7 +2,6 @@
 
 // The rotation file of a virtual host that has none yet.
 
-#include "file/output_stream.h"
 #include "rotation/directive_writer.h"
 #include "rotation/rotation_settings.h"
 
@@ -10,6 +9,6 @@ namespace tavek {
 
 /// Writes the default file: a warning header, a global allowhardlink and a stanza for each of the host's four log
 /// families below the configured root of the virtual hosts. Throws std::runtime_error for an unknown period type.
-void write_default_file(const RotationSettings& settings, OutputStream& output, DirectiveTally& tally);
+void write_default_file(const RotationSettings& settings, DirectiveWriter& writer);
 
 } // namespace tavek

@@ -33,6 +33,18 @@ TEST(DirectiveTally, BeginsWithNothingSeenOrPending) {
   EXPECT_TRUE(tally.stanza_targeted);
 }
 
+TEST_F(DirectiveWriterTest, CopiesAnyBytes) {
+  writer.copy(std::string_view("a\0\xff\r", 4));
+  EXPECT_EQ(written(), std::string("a\0\xff\r", 4));
+}
+
+TEST_F(DirectiveWriterTest, AStanzaBeginsWithoutAPeriod) {
+  writer.write_period("by_time", "daily", "");
+  writer.begin_stanza("/a {\n");
+  writer.write_period("by_time", "daily", "");
+  EXPECT_EQ(written(), "\tdaily\n/a {\n\tdaily\n");
+}
+
 TEST_F(DirectiveWriterTest, WritesASizeBehindItsName) {
   writer.write_period("by_size", "10M", "\tdaily\n");
   EXPECT_EQ(tally.periods, 1);
@@ -155,22 +167,22 @@ TEST_F(DirectiveWriterTest, NoCopytruncateIsPendingOnceItIsWritten) {
 }
 
 TEST_F(DirectiveWriterTest, WritesTheAnonymizingCommandAlone) {
-  writer.write_anonymize(false);
+  writer.write_anonymize(PostrotateBlock::omit);
   EXPECT_EQ(tally.anonymizers, 1);
   EXPECT_EQ(written(), kCommand);
 }
 
 TEST_F(DirectiveWriterTest, WritesTheAnonymizingCommandInAScriptOfItsOwn) {
-  writer.write_anonymize(true);
+  writer.write_anonymize(PostrotateBlock::write);
   EXPECT_EQ(tally.anonymizers, 1);
   EXPECT_EQ(written(), std::string("\tpostrotate\n") + kCommand + "\tendscript\n");
 }
 
 TEST_F(DirectiveWriterTest, WritesTheAnonymizingCommandOnlyOnItsCondition) {
-  writer.write_anonymize_if(false, true);
-  writer.write_anonymize_if(false, false);
+  writer.write_anonymize_if(false, PostrotateBlock::write);
+  writer.write_anonymize_if(false, PostrotateBlock::omit);
   EXPECT_EQ(tally.anonymizers, 0);
-  writer.write_anonymize_if(true, false);
+  writer.write_anonymize_if(true, PostrotateBlock::omit);
   EXPECT_EQ(tally.anonymizers, 1);
   EXPECT_EQ(written(), kCommand);
 }

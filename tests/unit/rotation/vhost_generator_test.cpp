@@ -52,7 +52,7 @@ protected:
   }
 
   std::string generated() {
-    write_default_file(settings, output.stream(), tally);
+    write_default_file(settings, writer);
     return output.text();
   }
 
@@ -61,6 +61,7 @@ protected:
   RotationSettings settings;
   DirectiveTally tally;
   CapturedOutput output;
+  DirectiveWriter writer{output.stream(), tally};
 };
 
 TEST_F(VhostGenerator, WritesAStanzaForEachFamilyOfAHostsLogs) {
