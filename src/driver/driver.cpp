@@ -1,6 +1,7 @@
 #include "driver/driver.h"
 
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
@@ -10,10 +11,12 @@
 #include "driver/option_values.h"
 #include "driver/options.h"
 #include "driver/process_state.h"
+#include "driver/product_root.h"
 #include "driver/system_log_category.h"
 #include "driver/system_logs_fanout.h"
 #include "file/file_replacement.h"
 #include "file/target_file.h"
+#include "log/base_name.h"
 #include "rotation/rewriter.h"
 #include "rotation/rotation_settings.h"
 #include "runtime_conf/runtime_conf.h"
@@ -22,7 +25,7 @@ namespace tavek {
 
 namespace {
 
-constexpr const char* kVhostConfigDirectory = "/opt/oru/etc/logrotate.d";
+constexpr const char* kVhostConfigDirectory = TAVEK_PRODUCT_ROOT "/etc/logrotate.d";
 constexpr mode_t kFileCreationMask = 022;
 
 // The file that a run is about, as it was named: a category's own file unless the command line names one.
@@ -37,7 +40,7 @@ void resolve_target(const std::string& name, RewriteJob& job) {
   // at() is how a run without a name is refused: its error is the message for that case.
   if (name.at(0) == '/') {
     job.config_path = name;
-    job.settings.vhost_name = name.substr(name.rfind('/') + 1);
+    job.settings.vhost_name = base_name(name.c_str());
   } else {
     job.config_path = std::string(kVhostConfigDirectory).append("/").append(name);
     job.settings.vhost_name = name;
@@ -57,32 +60,28 @@ void run_rewrite(const RewriteJob& job) {
   replacement.rename_over_target();
 }
 
-// Whether a host's file is to be rewritten. Only "on" reads, checks and cleans. "keep" rewrites with the settings at
-// their start values: periods and rotation counts stay, while compression goes off and mail lines go.
-bool apply_status(const Options& options, const std::string& name, RewriteJob& job) {
-  const Switch status = options.switch_value("on-off");
-  if (status == Switch::off) {
-    std::filesystem::remove(job.config_path);
-    return false;
-  }
-  if (status == Switch::on) {
-    fill_settings(options, job.settings);
-    if (!options.flag("keep-old-logs")) {
-      clean_vhost_logs(name, job.settings.rot_count);
-    }
-  }
-  return true;
-}
-
 void run_virtual_host(const Options& options) {
   RewriteJob job;
   const std::string name = configuration_name(options, nullptr);
   resolve_target(name, job);
   job.settings.anonymize = options.switch_value("anonymize-ip");
   umask(kFileCreationMask);
-  if (apply_status(options, name, job)) {
-    run_rewrite(job);
+  switch (options.switch_value("on-off")) {
+  case Switch::off:
+    std::filesystem::remove(job.config_path);
+    return;
+  case Switch::on:
+    fill_settings(options, job.settings);
+    if (!options.flag("keep-old-logs")) {
+      clean_vhost_logs(name, job.settings.rot_count);
+    }
+    break;
+  case Switch::keep:
+    // Deliberately reads, checks and cleans nothing. With the settings at their start values periods and rotation
+    // counts stay, while compression is turned off and mail lines are removed.
+    break;
   }
+  run_rewrite(job);
 }
 
 void run_category(const SystemLogCategory& category, const Options& options) {
@@ -111,13 +110,16 @@ void run_category(const SystemLogCategory& category, const Options& options) {
 
 void run(int argc, const char* const* argv) {
   runtime_conf_load(); // A missing file is no error: every key has a default.
-  const Options options = parse_options(argc, argv);
-  if (options.flag("system-logs")) {
-    SystemLogsFanout(argv[0], options).run();
-  } else if (const SystemLogCategory* category = selected_category(options)) {
-    run_category(*category, options);
+  const std::optional<Options> options = parse_options(argc, argv);
+  if (!options) {
+    return; // Help has been printed.
+  }
+  if (options->flag("system-logs")) {
+    SystemLogsFanout(argv[0], *options).run();
+  } else if (const SystemLogCategory* category = selected_category(*options)) {
+    run_category(*category, *options);
   } else {
-    run_virtual_host(options);
+    run_virtual_host(*options);
   }
 }
 

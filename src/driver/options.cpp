@@ -8,10 +8,10 @@
 #include <boost/program_options/value_semantic.hpp>
 #include <boost/program_options/variables_map.hpp>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <sstream>
 #include <vector>
+
+#include "log/base_name.h"
 
 namespace po = boost::program_options;
 
@@ -54,12 +54,7 @@ po::positional_options_description describe_positionals() {
   return positionals;
 }
 
-std::string base_name(const char* path) {
-  const char* slash = std::strrchr(path, '/');
-  return slash != nullptr ? slash + 1 : path;
-}
-
-void print_usage(const std::string& program, const po::options_description& options) {
+void print_usage(const char* program, const po::options_description& options) {
   std::ostringstream usage;
   usage << "Usage: " << program << " <config_fname> <on|off>"
         << " <by_time|by_size> <daily|weekly|monthly|size_in_bytes>"
@@ -76,51 +71,38 @@ void print_usage(const std::string& program, const po::options_description& opti
   std::fputs(usage.str().c_str(), stdout);
 }
 
-using Words = std::vector<std::string>;
+// Lets complaint_of() reach what the library keeps for classes derived from its error.
+struct ErrorInternals : po::error_with_option_name {
+  static auto words() { return &ErrorInternals::m_substitutions; }
+  static auto message() { return &ErrorInternals::m_message; }
+};
+
+// The library's text for an error. The library expands placeholders such as %value% repeatedly, so a word from the
+// command line that contains one would loop forever. NUL, which no such word contains, stands in for the percent signs.
+std::string complaint_of(po::error_with_option_name& error) {
+  for (auto& [placeholder, word] : error.*ErrorInternals::words()) {
+    std::replace(word.begin(), word.end(), '%', '\0');
+  }
+  static_cast<void>(error.what()); // Expands the message, which may contain a NUL now.
+  std::string message = error.*ErrorInternals::message();
+  std::replace(message.begin(), message.end(), '\0', '%');
+  return message;
+}
 
 bool has_percent_sign(const std::string& word) {
   return word.find('%') != std::string::npos;
 }
 
-void replace_byte(std::string& text, char from, char to) {
-  std::replace(text.begin(), text.end(), from, to);
-}
-
-void store_words(const Words& words, const po::options_description& options, po::variables_map& map) {
-  po::store(po::command_line_parser(words).options(options).positional(describe_positionals()).run(), map);
-}
-
-constexpr char kStandIn = '\x01'; // For a percent sign.
-
-// What the library says of words that it refuses. In the text of an error it replaces its placeholders, such as
-// %value%, until none is left, which never ends where a word that is put in holds one itself. So it is given the words
-// without their percent signs, and they are put back into what it says.
-std::string complaint_of(Words words, const po::options_description& options) {
-  for (std::string& word : words) {
-    replace_byte(word, '%', kStandIn);
-  }
-  std::string complaint;
+void store_words(const std::vector<std::string>& words, const po::options_description& options,
+                 po::variables_map& map) {
   try {
-    po::variables_map unused;
-    store_words(words, options, unused);
-  } catch (const po::error& error) {
-    complaint = error.what();
-  }
-  replace_byte(complaint, kStandIn, '%');
-  return complaint;
-}
-
-po::variables_map parse_words(const Words& words, const po::options_description& options) {
-  po::variables_map map;
-  try {
-    store_words(words, options, map);
-  } catch (const po::error_with_option_name&) {
+    po::store(po::command_line_parser(words).options(options).positional(describe_positionals()).run(), map);
+  } catch (po::error_with_option_name& error) {
     if (std::none_of(words.begin(), words.end(), has_percent_sign)) {
       throw;
     }
-    throw po::error(complaint_of(words, options));
+    throw po::error(complaint_of(error));
   }
-  return map;
 }
 
 } // namespace
@@ -145,15 +127,15 @@ Switch Options::switch_value(const std::string& name) const {
   return (*map_)[name].as<Switch>();
 }
 
-Options parse_options(int argc, const char* const* argv) {
-  // Never destroyed: the run is about to end, and taking the description apart would be a twentieth of it.
+std::optional<Options> parse_options(int argc, const char* const* argv) {
+  // Never destroyed: the run is about to end, and destroying the description would be a twentieth of it.
   static const auto& options = *new po::options_description(describe_options());
-  const Words words(argv + std::min(argc, 1), argv + argc);
-  auto map = std::make_unique<po::variables_map>(parse_words(words, options));
-  // Only now: a malformed value elsewhere on the line is reported even when help is asked for.
+  auto map = std::make_unique<po::variables_map>();
+  store_words({argv + std::min(argc, 1), argv + argc}, options, *map);
+  // Only now: a malformed value elsewhere on the line is reported even if help is asked for.
   if (map->count("help") != 0) {
     print_usage(base_name(argv[0]), options);
-    std::exit(EXIT_SUCCESS);
+    return std::nullopt;
   }
   po::notify(*map);
   return Options(std::move(map));

@@ -3,6 +3,7 @@
 // The command line: its options, its positional arguments and its usage text.
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "rotation/switch.h"
@@ -33,8 +34,8 @@ private:
   std::unique_ptr<boost::program_options::variables_map> map_;
 };
 
-/// Parses a command line. When help is asked for and the rest of the line can be read, prints the usage text on
-/// standard output and ends the process with status 0. Throws boost::program_options::error.
-Options parse_options(int argc, const char* const* argv);
+/// Parses a command line. Returns nothing if the command line asks for help; the usage text has then been printed on
+/// standard output. Throws boost::program_options::error.
+std::optional<Options> parse_options(int argc, const char* const* argv);
 
 } // namespace tavek

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "driver/product_root.h"
+
 namespace tavek {
 
 namespace {
@@ -15,7 +17,7 @@ constexpr const char* kModsecurityLogs[] = {"/var/log/modsec_audit.log"};
 constexpr SystemLogCategory kCategories[] = {
     {"apache-logs", "/etc/logrotate.d/apache2", kApacheLogs, false},
     {"nginx-logs", "/etc/logrotate.d/nginx", kNginxLogs, false},
-    {"tavek-logs", "/opt/oru/etc/logrotate.conf", kTavekLogs, true},
+    {"tavek-logs", TAVEK_PRODUCT_ROOT "/etc/logrotate.conf", kTavekLogs, true},
     {"fail2ban-logs", "/etc/logrotate.d/fail2ban", kFail2banLogs, false},
     {"modsecurity-logs", "/etc/logrotate.d/mod_security", kModsecurityLogs, false},
 };

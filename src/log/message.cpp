@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "log/base_name.h"
 #include "log/log.h"
 
 namespace tavek {
@@ -18,11 +19,6 @@ struct MessageBuffer {
   char* text;
   std::size_t size;
 };
-
-const char* base_name(const char* path) {
-  const char* slash = strrchr(path, '/');
-  return slash != nullptr ? slash + 1 : path;
-}
 
 void print_on(FILE* stream, const char* text) {
   const char* program_path = log_state().program_path;

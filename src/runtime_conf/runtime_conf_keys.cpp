@@ -4,13 +4,15 @@
 
 #include "runtime_conf/runtime_conf.h"
 
+#define PRODUCT_ROOT "/opt/oru"
+
 namespace tavek {
 
 const RuntimeConfKeyRow kRuntimeConfKeyRows[] = {
     {"_MIN_POSSIBLE_ORU_CONF_VAR_NAME", "_MIN_POSSIBLE_ORU_CONF_VAR_VALUE"},
     {"TAVEK_MAILNAMES_D", "/var/qmail/mailnames"},
     {"RBLSMTPD", "/usr/sbin/rblsmtpd"},
-    {"CLIENT_PHP_BIN", "/opt/oru/bin/php-cli"},
+    {"CLIENT_PHP_BIN", PRODUCT_ROOT "/bin/php-cli"},
     {"LIB_CRYPTO_PATH", "/lib/libcrypto.so"},
     {"LIB_SSL_PATH", "/lib/libssl.so"},
     {"AWSTATS_DOC_D", "/usr/share/awstats"},
@@ -36,7 +38,7 @@ const RuntimeConfKeyRow kRuntimeConfKeyRows[] = {
     {"MYSQL_SOCKET", "/var/run/mysqld/mysqld.sock"},
     {"SA_MAX_MAIL_SIZE", "256000"},
     {"SNI_SUPPORT", "true"},
-    {"PRODUCT_ROOT_D", "/opt/oru"},
+    {"PRODUCT_ROOT_D", PRODUCT_ROOT},
     {"_MAX_POSSIBLE_ORU_CONF_VAR_NAME", "_MAX_POSSIBLE_ORU_CONF_VAR_VALUE"},
     {nullptr, nullptr},
 };

@@ -123,7 +123,7 @@ void check_command_line(const std::vector<std::string>& arguments) {
   std::vector<const char*> argv(arguments.size() + 1);
   std::transform(arguments.begin(), arguments.end(), argv.begin(),
                  [](const std::string& argument) { return argument.c_str(); });
-  const Options options = parse_options(static_cast<int>(arguments.size()), argv.data());
+  const Options options = parse_options(static_cast<int>(arguments.size()), argv.data()).value();
   check_given_settings(options);
   check_forwarded_switch(options);
   check_category(options);

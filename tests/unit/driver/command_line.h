@@ -30,7 +30,7 @@ private:
 inline Options options_of(std::vector<std::string> words) {
   words.insert(words.begin(), "/opt/oru/admin/sbin/tavek-logrotate");
   const CommandLine line(std::move(words));
-  return parse_options(line.argc(), line.argv());
+  return parse_options(line.argc(), line.argv()).value();
 }
 
 } // namespace tavek
