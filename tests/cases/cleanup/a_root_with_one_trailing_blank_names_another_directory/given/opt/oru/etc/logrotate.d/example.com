@@ -1,4 +1,0 @@
-/var/www/vhosts/system/example.com/logs/error_log {
-	weekly
-	rotate 9
-}

@@ -1,5 +1,0 @@
-/srv/a.log {
-	nocompress
-	missingok
-	copytruncate
-}

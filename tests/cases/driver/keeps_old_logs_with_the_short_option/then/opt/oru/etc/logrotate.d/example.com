@@ -1,7 +1,0 @@
-/var/log/a.log {
-	daily
-	rotate 5
-	compress
-	missingok
-	copytruncate
-}

@@ -1,6 +1,0 @@
-/var/log/a.log {
-	weekly
-	nocompress
-	missingok
-	copytruncate
-}

@@ -1,3 +1,0 @@
-/var/log/a.log {
-	weekly
-}

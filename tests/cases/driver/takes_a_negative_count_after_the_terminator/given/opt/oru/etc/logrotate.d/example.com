@@ -1,5 +1,0 @@
-/srv/a.log {
-  rotate  9
-}
-/srv/b.log {
-}

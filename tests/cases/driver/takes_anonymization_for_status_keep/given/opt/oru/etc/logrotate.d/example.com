@@ -1,3 +1,0 @@
-/srv/a.log {
-	daily
-}

@@ -1,7 +1,0 @@
-/srv/a.log {
-	compress
-	mail ops@example.com
-	mailfirst
-	delaycompress
-  nomissingok
-}

@@ -1,6 +1,0 @@
-/srv/a.log {
-	nocompress
-	delaycompress
-	missingok
-	copytruncate
-}

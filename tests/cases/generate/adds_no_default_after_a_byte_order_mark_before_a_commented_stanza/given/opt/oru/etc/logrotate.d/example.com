@@ -1,3 +1,0 @@
-﻿#/var/log/shop.log {
-	monthly
-}

@@ -1,7 +1,0 @@
-﻿#/var/log/shop.log {
-	daily
-	rotate 5
-	compress
-	missingok
-	copytruncate
-}

@@ -1,6 +1,0 @@
-/var/log/shop.log { 
-	weekly
-}
-/var/log/pay.log { # ours
-	weekly
-}

@@ -1,4 +1,0 @@
-/var/log/shop.log {
-	daily
-	rotate 2
-}
