@@ -17,10 +17,10 @@ namespace {
 constexpr const char* kVhostLogPatterns[] = {"*.processed", "error_log", "proxy_error_log"};
 constexpr std::string_view kCompressed = ".gz";
 
-// Owns the paths that match a pattern, sorted, directories with a '/' at the end.
+// Owns the paths that match a pattern: sorted, directories marked with a final '/'.
 class GlobResult {
 public:
-  // Without a match, or when a directory cannot be read, there are no paths.
+  // The result is empty if nothing matches or a directory cannot be read.
   explicit GlobResult(const std::string& pattern) { ::glob(pattern.c_str(), GLOB_MARK, nullptr, &result_); }
   ~GlobResult() { globfree(&result_); }
   GlobResult(const GlobResult&) = delete;
@@ -33,8 +33,8 @@ private:
   glob_t result_{};
 };
 
-// As std::filesystem::path joins, an absolute name standing for itself; but a path takes itself apart at every step,
-// which would be a tenth of a run.
+// Joins like std::filesystem::path: an absolute name replaces the directory. A path object re-parses itself on every
+// operation, which would be a tenth of a run.
 std::string join(std::string directory, std::string_view name) {
   if (name.starts_with('/')) {
     return std::string(name);
@@ -45,8 +45,8 @@ std::string join(std::string directory, std::string_view name) {
   return directory.append(name);
 }
 
-// Standard error is not buffered: each complaint is one write.
-void complain(const std::string& line) {
+// Standard error is unbuffered, so each report is one write.
+void report(const std::string& line) {
   std::fputs(line.c_str(), stderr);
 }
 
@@ -56,8 +56,8 @@ void clean_copies_of(const std::string& log, int rot_count) {
   }
 }
 
-// The text behind the last dot, ".gz" not counted, or nothing when there is no dot. It may reach into the directory
-// part of the path.
+// The text after the last dot, ignoring a final ".gz", or nothing if there is no dot. The search for the dot may run
+// into the directory part of the path.
 std::optional<std::string> suffix_of(std::string_view path) {
   if (path.ends_with(kCompressed)) {
     path.remove_suffix(kCompressed.size());
@@ -69,8 +69,8 @@ std::optional<std::string> suffix_of(std::string_view path) {
   return std::string(path.substr(dot + 1));
 }
 
-// The number that a suffix is, or nothing after a complaint. A number out of range is deliberately not caught: no
-// rotation ever counted that far, so something is wrong that a person should look at before more is deleted.
+// The suffix as a number, or nothing after a report. std::out_of_range is deliberately not caught: no rotation counts
+// that far, so a person should look before more is deleted.
 std::optional<int> parse_number(const std::string& suffix, const std::string& path) {
   try {
     std::size_t parsed = 0;
@@ -78,9 +78,9 @@ std::optional<int> parse_number(const std::string& suffix, const std::string& pa
     if (parsed == suffix.size()) {
       return number;
     }
-    complain("Failed to parse suffix '" + suffix + "' completely (" + path + ")\n");
+    report("Failed to parse suffix '" + suffix + "' completely (" + path + ")\n");
   } catch (const std::invalid_argument&) {
-    complain("Failed to parse suffix '" + suffix + "' (" + path + ")\n");
+    report("Failed to parse suffix '" + suffix + "' (" + path + ")\n");
   }
   return std::nullopt;
 }
@@ -106,7 +106,7 @@ void clean_target_logs(const std::vector<std::string>& log_paths, int rot_count)
 bool is_beyond_rotation_count(const std::string& path, int rot_count) {
   const std::optional<std::string> suffix = suffix_of(path);
   if (!suffix) {
-    complain("Suffix not found in '" + path + "'\n");
+    report("Suffix not found in '" + path + "'\n");
     return false;
   }
   const std::optional<int> number = parse_number(*suffix, path);
@@ -120,7 +120,7 @@ void remove_if_beyond_rotation_count(const std::string& path, int rot_count) {
   std::error_code error;
   std::filesystem::remove(path, error);
   if (error) {
-    complain("Failed to remove '" + path + "': " + error.message() + ". Continue.\n");
+    report("Failed to remove '" + path + "': " + error.message() + ". Continue.\n");
   }
 }
 

@@ -1,28 +1,28 @@
 #pragma once
 
-// Deletes rotated copies of logs beyond the number to keep. Where copies are numbered, logrotate itself only ever
-// removes the one that its own rotation pushes out, so those left from a higher rotation count would stay for ever.
+// Deletes rotated copies of logs beyond the number to keep. logrotate removes only the copy that its own rotation
+// pushes out, so copies left from a higher rotation count would remain forever.
 //
-// A complaint is one line on standard error and never stops the walk. Only a rotation number outside the range of int
-// ends it, as std::out_of_range.
+// Each problem is reported as one line on standard error, and the cleanup continues. Only a rotation number that does
+// not fit an int ends it: std::out_of_range is thrown.
 
 #include <string>
 #include <vector>
 
 namespace tavek {
 
-/// Cleans the logs of a virtual host, in its two log directories below the configured root. The name is joined as a
-/// path: an absolute one stands for itself. It is part of a glob pattern.
+/// Deletes surplus copies of a virtual host's logs in its two log directories below the configured root. The name is
+/// joined as a path: an absolute name replaces the root. Glob characters in it are expanded.
 void clean_vhost_logs(const std::string& vhost_name, int rot_count);
 
-/// Cleans the rotated copies of each log; the paths may be glob patterns.
+/// Deletes surplus copies of each log. The paths may be glob patterns.
 void clean_target_logs(const std::vector<std::string>& log_paths, int rot_count);
 
-/// Whether the number at the end of `path`, in front of ".gz" if it ends so, is greater than the count. Complains and
-/// answers false when there is no such number.
+/// Whether the rotation number of `path` is greater than the count. The number is the text after the last dot, ignoring
+/// a final ".gz". If that is not a number, reports it and returns false.
 bool is_beyond_rotation_count(const std::string& path, int rot_count);
 
-/// Removes `path` if it is beyond the count, complaining when that fails.
+/// Removes `path` if it is beyond the count. Reports a failure.
 void remove_if_beyond_rotation_count(const std::string& path, int rot_count);
 
 } // namespace tavek

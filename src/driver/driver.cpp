@@ -28,7 +28,7 @@ namespace {
 constexpr const char* kVhostConfigDirectory = TAVEK_PRODUCT_ROOT "/etc/logrotate.d";
 constexpr mode_t kFileCreationMask = 022;
 
-// The file that a run is about, as it was named: a category's own file unless the command line names one.
+// The rotation file's name as typed, or the category's own file if the command line names none.
 std::string configuration_name(const Options& options, const SystemLogCategory* category) {
   if (options.has("vhost-name")) {
     return options.text("vhost-name");
@@ -37,7 +37,7 @@ std::string configuration_name(const Options& options, const SystemLogCategory* 
 }
 
 void resolve_target(const std::string& name, RewriteJob& job) {
-  // at() is how a run without a name is refused: its error is the message for that case.
+  // at() refuses a run without a name: its error is the message for that case.
   if (name.at(0) == '/') {
     job.config_path = name;
     job.settings.vhost_name = base_name(name.c_str());
@@ -53,8 +53,8 @@ void run_rewrite(const RewriteJob& job) {
   FileReplacement replacement(job.config_path);
   rewrite(job, replacement);
   replacement.complete();
-  if (hold.termination_waits()) {
-    // Only the first process of a container, which the kernel spares, lives to report this.
+  if (hold.termination_pending()) {
+    // Reached only as PID 1 of a container, which these signals do not kill.
     throw std::runtime_error("Terminated by a signal");
   }
   replacement.rename_over_target();
@@ -77,8 +77,8 @@ void run_virtual_host(const Options& options) {
     }
     break;
   case Switch::keep:
-    // Deliberately reads, checks and cleans nothing. With the settings at their start values periods and rotation
-    // counts stay, while compression is turned off and mail lines are removed.
+    // Deliberately reads, checks and cleans up nothing. With the settings at their start values, periods and rotation
+    // counts are kept, but compression is turned off and mail lines are removed.
     break;
   }
   run_rewrite(job);

@@ -2,10 +2,10 @@
 
 namespace tavek {
 
-/// One run of the tool: chooses the job from the command line and does it. Returns normally on success, also when there
-/// is nothing to do or only help to print. Throws an exception derived from
-/// std::exception for any failure: the rotation file is then as it was, while rotated copies may already be gone, and
-/// where only the rename failed the new file stays beside it.
+/// Performs one run of the tool: chooses the job from the command line and does it. Returns normally on success, also
+/// if there is nothing to do or only help is printed. Throws an exception derived from std::exception on any failure:
+/// the rotation file is then unchanged, but rotated copies may already have been deleted. If only the rename failed,
+/// the complete new file remains beside the old one.
 void run(int argc, const char* const* argv);
 
 } // namespace tavek

@@ -9,7 +9,7 @@
 
 namespace {
 
-// One call, and standard error is not buffered: a message leaves in one piece unless it is longer than a buffer.
+// Standard error is unbuffered, so one call writes the message in one piece unless it is longer than stdio's buffer.
 int fail(const std::exception& error, int status) {
   std::fprintf(stderr, "%s\n", error.what());
   return status;
@@ -20,7 +20,7 @@ int fail(const std::exception& error, int status) {
 int main(int argc, char** argv) {
   tavek::log_state().program_path = argv[0];
   tavek::open_missing_standard_streams();
-  tavek::take_write_errors();
+  tavek::ignore_write_signals();
   try {
     tavek::run(argc, argv);
     return EXIT_SUCCESS;

@@ -13,8 +13,8 @@ void check_time_period(const std::string& period) {
   }
 }
 
-// Refuses only what the conversion itself refuses: signs, leading blanks and a unit such as in 10M are for logrotate to
-// judge. The number is not used.
+// Rejects only what the conversion rejects. logrotate checks the rest: signs, leading blanks, a unit as in 10M. The
+// number itself is not used.
 void check_size_period(const std::string& period) {
   try {
     static_cast<void>(std::stoll(period));

@@ -1,6 +1,6 @@
 #pragma once
 
-// The command line: its options, its positional arguments and its usage text.
+// The command line: options, positional arguments and usage text.
 
 #include <memory>
 #include <optional>
@@ -14,8 +14,8 @@ class variables_map;
 
 namespace tavek {
 
-/// The options that were given or have a default, by name. The typed reads throw boost::bad_any_cast for an option that
-/// is absent.
+/// The options that were given or have a default, by name. The typed readers throw boost::bad_any_cast if the option is
+/// absent.
 class Options {
 public:
   explicit Options(std::unique_ptr<boost::program_options::variables_map> map);

@@ -20,42 +20,42 @@ bool is_ignored(int signal) {
 void open_missing_standard_streams() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     if (fcntl(fd, F_GETFD) == -1) {
-      // The lowest free descriptor is the one that is missing.
+      // open() returns the lowest free descriptor, which is this one.
       static_cast<void>(open("/dev/null", O_RDWR));
     }
   }
 }
 
-void take_write_errors() {
+void ignore_write_signals() {
   signal(SIGXFSZ, SIG_IGN);
   signal(SIGPIPE, SIG_IGN);
 }
 
-void take_child_statuses() {
+void restore_child_signal() {
   signal(SIGCHLD, SIG_DFL);
 }
 
 TerminationHold::TerminationHold() {
-  sigset_t held;
-  sigemptyset(&held);
+  sigset_t blocked;
+  sigemptyset(&blocked);
   for (const int signal : kTerminationSignals) {
-    sigaddset(&held, signal);
+    sigaddset(&blocked, signal);
   }
-  sigprocmask(SIG_BLOCK, &held, &before_);
+  sigprocmask(SIG_BLOCK, &blocked, &before_);
 }
 
 TerminationHold::~TerminationHold() {
   sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
-bool TerminationHold::termination_waits() const {
-  sigset_t waiting;
-  sigemptyset(&waiting);
-  sigpending(&waiting);
+bool TerminationHold::termination_pending() const {
+  sigset_t pending;
+  sigemptyset(&pending);
+  sigpending(&pending);
   for (const int signal : kTerminationSignals) {
-    // While it is blocked even an ignored signal waits; it is dropped when the hold ends. One that the caller had
-    // blocked goes on waiting.
-    if (sigismember(&waiting, signal) == 1 && sigismember(&before_, signal) == 0 && !is_ignored(signal)) {
+    // An ignored signal is also pending while it is blocked, but is dropped on release. A signal that the caller had
+    // blocked remains pending.
+    if (sigismember(&pending, signal) == 1 && sigismember(&before_, signal) == 0 && !is_ignored(signal)) {
       return true;
     }
   }

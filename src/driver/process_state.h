@@ -1,31 +1,30 @@
 #pragma once
 
-// What the program asks of the process it is started in, whoever started it and however. The rules:
+// The process state the program relies on, whatever the caller left:
 //
-// - Descriptors 0 to 2 are open. A closed one would be given to the next file opened, and a message printed on it would
-//   land in a rotation file.
-// - A write beyond the file-size limit (SIGXFSZ) or to a closed pipe (SIGPIPE) fails with its error instead of killing
-//   the run, so that the error is reported and the temporary file removed.
-// - HUP, INT, TERM and QUIT end the run, but not between the creation of the temporary file and its removal or rename.
-//   They are held back while it exists, looked at before the rename, and delivered when it is gone. A signal that the
-//   caller ignores or blocks stays so.
-// - A caller that ignores SIGCHLD makes the kernel throw away the exit statuses of children, so a run that has children
-//   sets it back.
+// - Descriptors 0 to 2 are open. Otherwise the next file opened would get a free one, and a message would land in a
+//   rotation file.
+// - A write beyond the file-size limit (SIGXFSZ) or to a closed pipe (SIGPIPE) fails with an error instead of killing
+// the
+//   process, so the error is reported and the temporary file is removed.
+// - HUP, INT, TERM and QUIT end the run, but they are blocked while the temporary file exists. They are checked before
+//   the rename and delivered afterwards. A signal that the caller ignores or blocks remains ignored or blocked.
+// - Exit statuses of children are available. The kernel discards them if the caller ignores SIGCHLD.
 
 #include <csignal>
 
 namespace tavek {
 
-/// Opens the missing ones of the standard streams on the null device. To be called before anything is opened.
+/// Opens each closed standard stream on the null device. Must be called before any file is opened.
 void open_missing_standard_streams();
 
-/// Makes SIGXFSZ and SIGPIPE errors of the write.
-void take_write_errors();
+/// Ignores SIGXFSZ and SIGPIPE, so that the write fails with an error instead.
+void ignore_write_signals();
 
-/// Lets the exit statuses of children be waited for.
-void take_child_statuses();
+/// Resets SIGCHLD to its default, so that children can be waited for.
+void restore_child_signal();
 
-/// Holds the termination signals back as long as it lives; the destructor delivers one that has arrived.
+/// Blocks the termination signals during its lifetime. The destructor delivers a pending one.
 class TerminationHold {
 public:
   TerminationHold();
@@ -33,8 +32,8 @@ public:
   TerminationHold(const TerminationHold&) = delete;
   TerminationHold& operator=(const TerminationHold&) = delete;
 
-  /// Whether a signal waits that will end the process when the hold ends.
-  bool termination_waits() const;
+  /// Whether a pending signal will end the process on release.
+  bool termination_pending() const;
 
 private:
   sigset_t before_{};

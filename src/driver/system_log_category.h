@@ -1,6 +1,6 @@
 #pragma once
 
-// The five families of system logs whose rotation files are edited in place.
+// The five categories of system logs whose rotation files are edited in place.
 
 #include <span>
 
@@ -8,18 +8,18 @@
 
 namespace tavek {
 
-/// A family of system logs. All texts are compiled in.
+/// A category of system logs. All strings are compiled in.
 struct SystemLogCategory {
-  const char* option;                     ///< The switch that selects it, without its hyphens.
-  const char* rotation_file;              ///< The file that is rewritten.
-  std::span<const char* const> log_paths; ///< Its logs, as patterns for the cleanup.
-  bool select_stanzas;                    ///< Whether only the stanzas of those logs are targeted.
+  const char* option;                     ///< The option that selects it, without the hyphens.
+  const char* rotation_file;              ///< The file to rewrite.
+  std::span<const char* const> log_paths; ///< Its logs, as glob patterns for the cleanup.
+  bool select_stanzas;                    ///< Whether only stanzas of these logs are targeted.
 };
 
-/// The rows in the order in which they are tested and in which a run for all system logs takes them.
+/// The categories in the order in which their options are tested and in which --system-logs runs them.
 std::span<const SystemLogCategory> system_log_categories();
 
-/// The first row whose switch is set, or null.
+/// The first category whose option is set, or null.
 const SystemLogCategory* selected_category(const Options& options);
 
 } // namespace tavek

@@ -48,7 +48,7 @@ bool is_executable(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// Where a bare name is found. A name found nowhere stands for itself, so that starting it says what is wrong.
+// Resolves a bare name. A name that is not found is returned unchanged, so that starting it reports the error.
 std::string resolve_program(const std::string& program) {
   const char* path = std::getenv("PATH");
   if (program.find('/') != std::string::npos || is_executable(program) || path == nullptr) {
@@ -57,7 +57,7 @@ std::string resolve_program(const std::string& program) {
   std::istringstream directories(path);
   for (std::string directory; std::getline(directories, directory, ':');) {
     if (directory.empty()) {
-      continue; // The current directory, which was looked at first.
+      continue; // The current directory, which has already been searched.
     }
     std::string candidate = directory.append("/").append(program);
     if (is_executable(candidate)) {
@@ -67,9 +67,9 @@ std::string resolve_program(const std::string& program) {
   return program;
 }
 
-// Starts one child and waits for its end. `command` is the name that this process was started by, which the child is
-// told as well, and the arguments; `program` is what that name was found to be. Both are handed to the executor as they
-// are: the library's own initialisers stumble over a program or a word that is empty.
+// Starts one child, waits for it and returns its exit code. `command` is our own invocation name, passed to the child
+// as argv[0], then the arguments; `program` is the file that the name resolves to. Both go directly to the executor
+// because the library's own initialisers fail on an empty program or an empty word.
 int run_child(const std::string& program, Words command) {
   std::vector<char*> argv;
   for (std::string& word : command) {
@@ -83,14 +83,14 @@ int run_child(const std::string& program, Words command) {
             executor.exe = program.c_str();
             executor.cmd_line = argv.data();
           },
-      // Without this a failed fork would give a child that is none and has an exit code all the same.
+      // Without this a failed fork would yield an invalid child that still reports an exit code.
       bp::extend::on_fork_error =
           [](auto&, const std::error_code& error) { throw bp::process_error(error, "fork() failed"); });
   child.wait();
   return child.exit_code();
 }
 
-// Single blanks and no quoting: the line is for a person to read, not for a shell.
+// Single blanks and no quoting: the message is for a person to read, not for a shell.
 std::string failure_message(const Words& command, int exit_code) {
   std::string message = "Command '" + command.front();
   for (auto word = command.begin() + 1; word != command.end(); ++word) {
@@ -105,7 +105,7 @@ SystemLogsFanout::SystemLogsFanout(const std::string& program_path, const Option
     : program_path_(program_path), program_(resolve_program(program_path)), forwarded_(forwarded_words(options)) {}
 
 void SystemLogsFanout::run() const {
-  take_child_statuses();
+  restore_child_signal();
   for (const SystemLogCategory& category : system_log_categories()) {
     Words command{program_path_, std::string("--") + category.option};
     command.insert(command.end(), forwarded_.begin(), forwarded_.end());

@@ -1,6 +1,6 @@
 #pragma once
 
-// Running the tool once for each system-log category.
+// Runs the tool once per system-log category.
 
 #include <string>
 #include <vector>
@@ -9,17 +9,17 @@
 
 namespace tavek {
 
-/// Starts the tool again once a category, one child after another in the categories' order, with the period and
-/// rotation options forwarded. Children inherit everything else: environment, working directory, standard streams.
+/// Starts one child per category, one after another in the order of the categories, with the period, rotation-count and
+/// anonymization options forwarded. Children inherit the environment, working directory and standard streams.
 class SystemLogsFanout {
 public:
-  /// `program_path` is what this process was started as. With a '/' it is run as it is; a bare name is looked for in
-  /// the current directory and then in the directories of PATH.
+  /// `program_path` is argv[0] of this process. A path with a '/' is run unchanged; a bare name is searched for in the
+  /// current directory and then in the directories of PATH.
   SystemLogsFanout(const std::string& program_path, const Options& options);
 
-  /// Runs all children. Throws std::runtime_error at the first one that fails, naming its command and its exit status
-  /// (or the number of the signal that killed it), and the process library's error for one that cannot be made or
-  /// waited for.
+  /// Runs all children. The first failure ends the run: a child that fails throws std::runtime_error with its command
+  /// and its exit status (or the number of the signal that killed it); a child that cannot be started or waited for
+  /// throws the process library's error.
   void run() const;
 
 private:

@@ -5,7 +5,7 @@
 
 namespace tavek {
 
-/// Owns a file descriptor, or none.
+/// Owns an open file descriptor, or nothing.
 class FileDescriptor {
 public:
   explicit FileDescriptor(int fd = -1) : fd_(fd) {}
@@ -20,7 +20,7 @@ public:
   bool is_open() const { return fd_ != -1; }
   int release() { return std::exchange(fd_, -1); }
 
-  /// Closes what is open. Returns 0, or -1 with errno set.
+  /// Closes the descriptor if it is open. Returns 0, or -1 with errno set.
   int close() { return is_open() ? ::close(release()) : 0; }
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-// Replacing a file as a whole: readers see the old content or the new one, never a part.
+// Replaces a file as a whole: readers see either the old content or the new, never a part.
 
 #include <cstdlib>
 #include <memory>
@@ -10,25 +10,25 @@
 
 namespace tavek {
 
-/// A temporary file beside a target, which is written, completed and renamed over it, in that order. The destructor
-/// removes the temporary file on every path on which the rename was not reached. A rename that fails leaves it, whole,
-/// for the administrator to put in place.
+/// A temporary file beside a target that is written, completed and renamed over it, in that order. The destructor
+/// removes the temporary file unless the rename was attempted. A failed rename leaves it, complete, for the
+/// administrator to move into place.
 class FileReplacement {
 public:
-  /// Creates the temporary file: the target's name, a dot and six characters, mode 0644. A file that cannot be created
-  /// is reported by require_open(). Throws std::bad_alloc.
+  /// Creates the temporary file: the target's name, a dot and six characters; mode 0644. require_open() reports a
+  /// failure to create it. Throws std::bad_alloc.
   explicit FileReplacement(const std::string& target);
   ~FileReplacement();
   FileReplacement(const FileReplacement&) = delete;
   FileReplacement& operator=(const FileReplacement&) = delete;
 
-  /// Throws std::runtime_error when the temporary file could not be created.
+  /// Throws std::runtime_error if the temporary file could not be created.
   void require_open() const;
 
   OutputStream& output() { return output_; }
 
-  /// Writes out, syncs and closes the temporary file. Throws std::runtime_error when anything of that, or any write
-  /// before, has failed.
+  /// Flushes, syncs and closes the temporary file. Throws std::runtime_error if one of these steps or an earlier write
+  /// failed.
   void complete();
 
   /// Throws std::filesystem::filesystem_error.

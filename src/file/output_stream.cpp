@@ -27,7 +27,7 @@ void OutputStream::fail(int error) {
   }
 }
 
-// A text that does not fit behind what is buffered: the order of the bytes stays, and a long text is not copied.
+// For text that does not fit into the rest of the buffer. Text longer than the buffer is not copied into it.
 void OutputStream::write_through(std::string_view text) {
   flush();
   if (text.size() < kCapacity) {
@@ -42,8 +42,8 @@ void OutputStream::flush() {
   used_ = 0;
 }
 
-// After a first failure nothing more is written: the file is lost anyway. An interrupted write is such a failure,
-// for no signal has a handler here that could interrupt one.
+// Writes nothing after the first failure, because the file will be discarded. EINTR is a failure too: the process has
+// no signal handler that could interrupt a write.
 void OutputStream::write_out(std::string_view text) {
   while (!text.empty() && error_ == 0) {
     const ssize_t written = ::write(fd_.get(), text.data(), text.size());

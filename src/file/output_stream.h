@@ -1,7 +1,5 @@
 #pragma once
 
-// The stream that a rewrite writes to.
-
 #include <algorithm>
 #include <cstddef>
 #include <memory>
@@ -12,11 +10,11 @@
 
 namespace tavek {
 
-/// A buffered stream on a descriptor that remembers its first error, so that whoever writes need not look: the state
-/// is judged once, before the file counts as written. Nothing here throws but the constructor.
+/// A buffered output stream that remembers its first error. Callers need not check individual writes, only error() once
+/// after finish(). Only the constructor throws.
 class OutputStream {
 public:
-  /// Throws std::bad_alloc. What is written before the stream is open is buffered.
+  /// Throws std::bad_alloc. The stream buffers output even before it is open.
   OutputStream();
 
   void open(FileDescriptor fd) { fd_ = std::move(fd); }
@@ -30,13 +28,13 @@ public:
     }
   }
 
-  /// Drops everything written so far, on disk too.
+  /// Discards everything written so far, including what is already in the file.
   void restart();
 
-  /// Writes out what is buffered, syncs the file to the disk and closes it.
+  /// Flushes the buffer, syncs the file to disk and closes it.
   void finish();
 
-  /// Notes an error of an operation on the file that was made elsewhere.
+  /// Records an error from a file operation performed elsewhere.
   void fail(int error);
 
   bool is_open() const { return fd_.is_open(); }

@@ -10,7 +10,7 @@ namespace tavek {
 
 namespace {
 
-// Of a symbolic link it is the link itself that a rename replaces.
+// Does not follow a symbolic link, because a rename replaces the link itself.
 bool is_immutable(const std::string& path) {
   struct statx status {};
   return statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0 &&

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a rotation file may be on disk.
+// Checks on a file that is about to be replaced.
 
 #include <stdexcept>
 #include <string>
@@ -8,17 +8,17 @@
 
 namespace tavek {
 
-/// "Failed to open PATH: " with the system's text for `error`, to be thrown.
+/// The exception for "Failed to open PATH: " followed by the system's text for `error`.
 std::runtime_error failed_to_open(const std::string& path, int error);
 
-/// Throws std::runtime_error when `status`, which was taken of `path`, is that of a FIFO, a socket or a device. They
-/// are no rotation files: opening one may wait for ever or do something, and a rename would replace the node.
+/// Throws std::runtime_error if `status`, the status of `path`, is that of a FIFO, a socket or a device. Opening one
+/// may block forever or have side effects, and a rename would replace the node.
 void refuse_special_file(const std::string& path, const struct stat& status);
 
-/// Refuses a special file at `path`, then makes sure that there is a file to read: creates an empty one, mode 0644
-/// under the usual file-creation mask, when there is none. Refuses an immutable file too: it could be read, but no
-/// rename would replace it. Any other failure to create or open it is left to whoever reads the file or makes its
-/// replacement, neither of which needs the right to write to it.
+/// Prepares `path` to be read and replaced. Creates an empty file, mode 0644 under the umask 022, if there is none.
+/// Throws std::runtime_error for a special file, and for an immutable file, which a rename cannot replace. Ignores
+/// every other failure to open the file for writing: reading or replacing it, which does not need that permission,
+/// reports what is wrong.
 void prepare_target(const std::string& path);
 
 } // namespace tavek

@@ -42,8 +42,8 @@ void copy_truncated(std::array<char, Size>& target, const char* text) {
   target[length] = '\0';
 }
 
-// An id that the parent process put into the environment wins, so that a family of processes shares one.
-void take_trace_id() {
+// An id from the environment takes precedence, so that child processes share the id of their parent.
+void set_trace_id() {
   const char* inherited = getenv(kTraceVariable);
   if (inherited != nullptr && *inherited != '\0') {
     copy_truncated(state.log_trace_id, inherited);
@@ -59,7 +59,7 @@ void open_syslog(int options, const char* ident) {
   state.log_options = options | LOG_PID;
   copy_truncated(state.log_ident, ident != nullptr ? ident : program_invocation_short_name);
   if ((state.log_options & kLogTraced) != 0) {
-    take_trace_id();
+    set_trace_id();
   }
   openlog(state.log_ident.data(), state.log_options & kOpenlogOptions, state.log_facility);
   state.log_hook = log_syslog;
@@ -98,7 +98,7 @@ void log_vconsole(int level, const char* format, va_list args) {
   if (state.log_destination != nullptr && !destination_is("console")) {
     return;
   }
-  // The copy on standard output is wanted: only a destination of "stderr" does without it.
+  // The copy on standard output is intended; only the destination "stderr" suppresses it.
   print_line(stdout, format, args);
 }
 
@@ -120,7 +120,7 @@ void log_vsyslog(int level, const char* format, va_list args) {
 void log_syslog_traced(int level, const char* format, va_list args) {
   std::array<char, 8192> message{};
   const int prefix = snprintf(message.data(), message.size(), "%s: ", state.log_trace_id.data());
-  const auto used = static_cast<std::size_t>(prefix); // At most 63 + 2: the id's buffer bounds it.
+  const auto used = static_cast<std::size_t>(prefix); // At most 63 + 2, the id's buffer and ": ".
   vsnprintf(message.data() + used, message.size() - used, format, args);
   syslog(level, "%s", message.data());
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-// The panel's message sink: one process-wide place that every report of its C-style libraries goes to.
+// The panel's message sink: the one place in a process where the reports of its C-style libraries go.
 //
-// A report carries a syslog priority, 0 (emergency) to 7 (debug); a caller may pass a larger number for a report that
-// is shown only where the threshold has been lifted out of the usual range. All state is process-wide and unguarded:
-// the facility is for single-threaded tools. Write errors are ignored, nothing here throws.
+// A report has a level: a syslog priority, 0 (emergency) to 7 (debug), or a larger number for a report that is dropped
+// unless the threshold is raised beyond the usual range. All state is process-wide and not thread-safe. Write errors
+// are ignored. Nothing here throws.
 
 #include <array>
 #include <cstdarg>
@@ -13,47 +13,54 @@ namespace tavek {
 
 /// A sink: a level and a printf format with its arguments.
 using LogHook __attribute__((format(printf, 2, 3))) = void (*)(int level, const char* format, ...);
-/// The same for callers that hold a va_list.
+/// The same for callers that have a va_list.
 using LogVHook __attribute__((format(printf, 2, 0))) = void (*)(int level, const char* format, va_list args);
 
+/// The console sink: prints a report and a newline on standard error, and again on standard output, if its level is at
+/// most the threshold. The destination "stderr" suppresses the second copy; any other than "console" suppresses both.
 void log_console(int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void log_vconsole(int level, const char* format, va_list args) __attribute__((format(printf, 2, 0)));
+
+/// The syslog sink. It adds the trace id if kLogTraced is set and there is an id.
 void log_syslog(int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void log_vsyslog(int level, const char* format, va_list args) __attribute__((format(printf, 2, 0)));
+
+/// Sends a report to syslog with the trace id and ": " as its prefix, truncated to 8191 bytes.
 void log_syslog_traced(int level, const char* format, va_list args) __attribute__((format(printf, 2, 0)));
 
-/// Flag of `log_options`, beside syslog's own bits: put the trace id in front of each syslog message.
+/// Flag in `log_options`, in addition to syslog's bits: prefix each syslog message with the trace id.
 inline constexpr int kLogTraced = 64;
-/// Flag of a level argument: let TAVEK_LOG_LEVEL raise the threshold.
+/// Flag in a level argument: TAVEK_LOG_LEVEL may raise the threshold.
 inline constexpr int kLogLevelFromEnvironment = 8;
 
 /// The state of the facility, with its values at process start.
 struct LogState {
-  LogHook log_hook = log_console;        ///< Where every report goes.
-  LogVHook log_vhook = log_vconsole;     ///< The same, for callers that hold a va_list.
-  int log_threshold = 6;                 ///< A report is emitted only when its level is at most this.
+  LogHook log_hook = log_console;        ///< The sink for every report.
+  LogVHook log_vhook = log_vconsole;     ///< The same, for callers that have a va_list.
+  int log_threshold = 6;                 ///< Reports with a higher level are dropped.
   const char* log_destination = nullptr; ///< Borrowed: "console", "stderr", any other text (silence), or null.
   int log_options = 1;                   ///< syslog's option bits (LOG_PID) and kLogTraced.
   int log_facility = 16;                 ///< syslog's facility (LOG_MAIL).
   std::array<char, 64> log_ident{};      ///< The identity handed to openlog.
-  std::array<char, 64> log_trace_id{};   ///< Put in front of traced syslog messages.
-  const char* program_path = nullptr;    ///< Borrowed: argv[0], from which fatal messages take their prefix.
+  std::array<char, 64> log_trace_id{};   ///< The prefix of traced syslog messages.
+  const char* program_path = nullptr;    ///< Borrowed: argv[0], for the prefix of fatal messages.
 };
 
-/// The one state of the process.
+/// The state of this process.
 LogState& log_state();
 
-/// Configures the facility. A `destination` sends reports to the console sink; it is borrowed and must outlive the
-/// process's logging. A null one sends them to syslog under `ident` (the program's short invocation name when null),
-/// with LOG_PID always on. With kLogTraced in `options` the trace id is taken from TAVEK_LOG_TRACE_ID, or made and
-/// put there, so that child processes log under the same id. Ends with log_set_level(level). May be called again.
+/// Configures the facility. With a `destination`, which is borrowed and must remain valid, reports go to the console
+/// sink. With a null destination they go to syslog under `ident`, or under the program's short invocation name if that
+/// is null too; LOG_PID is always on. With kLogTraced in `options` the trace id is read from TAVEK_LOG_TRACE_ID, or
+/// created and stored there so that child processes share it. Finally calls log_set_level(level). May be called again.
 void log_init(const char* destination, int level, int facility, int options, const char* ident);
 
-/// Sets the threshold to the low three bits of `level`. With kLogLevelFromEnvironment, TAVEK_LOG_LEVEL may raise it,
-/// never lower it, when it is exactly one character from 0 to 7. Without a destination the syslog mask follows.
+/// Sets the threshold to the low three bits of `level`. With kLogLevelFromEnvironment, TAVEK_LOG_LEVEL can raise the
+/// threshold but not lower it; it must be exactly one character from 0 to 7. Without a destination the syslog mask is
+/// set to match.
 void log_set_level(int level);
 
-/// The current option bits.
+/// Returns the current option bits.
 int log_get_options();
 
 } // namespace tavek

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kMessageSize = 4096;
 
-/// A heap text and the size of its block; the block is freed by whoever prints it.
+// A string on the heap and the size of its block. The function that prints it frees it.
 struct MessageBuffer {
   char* text;
   std::size_t size;
@@ -33,7 +33,7 @@ void print_on(FILE* stream, const char* text) {
   fflush(stream);
 }
 
-// Formats into the block, enlarging it for a long message; without memory for that the message stays cut.
+// Formats into the block and enlarges it for a long message. Without memory for that, the message is truncated.
 __attribute__((format(printf, 2, 0))) void format_message(MessageBuffer& buffer, const char* format, va_list args) {
   va_list again;
   va_copy(again, args);
@@ -48,8 +48,8 @@ __attribute__((format(printf, 2, 0))) void format_message(MessageBuffer& buffer,
   va_end(again);
 }
 
-// Appends the system error in the space that is left. A message that nearly fills its block loses the system error
-// rather than being grown by it: the message is what the reader needs, and it is kept whole.
+// Appends the system error if it fits into the block. Otherwise it is omitted: the message itself is complete, and that
+// is what the reader needs.
 void append_system_error(MessageBuffer& buffer, int error) {
   const std::size_t length = strlen(buffer.text);
   const std::size_t space = buffer.size - length;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kStep = 80;
 
-// The sum of sizes, or false when it does not fit.
+// Adds `more` to `sum`. Returns false on overflow.
 bool add(std::size_t& sum, std::size_t more) {
   return !__builtin_add_overflow(sum, more, &sum);
 }

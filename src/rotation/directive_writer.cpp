@@ -6,7 +6,7 @@ namespace tavek {
 
 namespace {
 
-// The product root is compiled in here: the script belongs to the installed product, whatever a configuration says.
+// The product root is compiled in: the script belongs to the installed product, not to a configuration.
 constexpr std::string_view kAnonymizeCommand = "\t\t/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*\n";
 
 } // namespace

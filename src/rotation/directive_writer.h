@@ -1,7 +1,6 @@
 #pragma once
 
-// The writers of the directives that the tool manages. Every managed directive is written by them, so that the tally of
-// what a stanza already has is right.
+// Writes the directives that the tool manages. All of them are written here, so that the tally is correct.
 
 #include <string>
 #include <string_view>
@@ -14,30 +13,30 @@ namespace tavek {
 /// Whether a postrotate block is written around a command.
 enum class PostrotateBlock { omit, write };
 
-/// Writes managed directives to one output and keeps the tally; neither is owned. Failures of the output are the
-/// output's to remember.
+/// Writes managed directives to an output and counts them in a tally; both are borrowed. The output remembers write
+/// errors.
 class DirectiveWriter {
 public:
   DirectiveWriter(OutputStream& output, DirectiveTally& tally) : output_(output), tally_(tally) {}
 
-  /// Copies text that is not managed.
+  /// Copies text that no rule manages.
   void copy(std::string_view text) { output_.write(text); }
 
-  /// Writes the head of a stanza, which has no period yet.
+  /// Writes the head of a stanza and forgets the period of the previous one.
   void begin_stanza(std::string_view head);
 
-  /// Writes a period: "size=VALUE" for the type "by_size", the value itself for "by_time", `pass_through` unchanged for
-  /// an empty type. A value that the stanza already has is not written again. Throws std::runtime_error for any other
-  /// type; nothing is written then.
+  /// Writes a period: "size=VALUE" for the type "by_size", the value alone for "by_time", or `pass_through` unchanged
+  /// for an empty type. Does nothing if the stanza already has this value. For any other type throws std::runtime_error
+  /// and writes nothing.
   void write_period(const std::string& type, const std::string& value, std::string_view pass_through);
 
-  /// Writes a rotation count; for a negative one `pass_through` unchanged.
+  /// Writes a rotation count, or `pass_through` unchanged if the count is negative.
   void write_rotate(int count, std::string_view pass_through);
 
   /// Writes "compress" or "nocompress".
   void write_compress(bool compress);
 
-  /// Writes "mail" with the address and "mailfirst"; nothing for an empty address, which counts all the same.
+  /// Writes "mail" with the address, then "mailfirst". Writes nothing for an empty address, but counts it.
   void write_mail(const std::string& address);
 
   void write_missingok();

@@ -12,12 +12,12 @@ constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 constexpr std::string_view kAnonymizer = "/anonymize_ip";
 
-// What comes before the first of `delimiters`, or all of the text.
+// The text before the first of `delimiters`, or all of it.
 std::string_view word(std::string_view text, std::string_view delimiters) {
   return text.substr(0, text.find_first_of(delimiters));
 }
 
-// Whether a script line starts the anonymizer, of whatever product root, with arguments.
+// Whether a script line runs the anonymizer with arguments. The product root does not matter.
 bool runs_anonymizer(std::string_view line) {
   line.remove_prefix(line.find_first_not_of(kBlanks));
   const std::string_view path = word(line, " \t\n");
@@ -43,7 +43,7 @@ bool RewriteContext::targets(std::string_view head) const {
          std::find(job_.target_logs.begin(), job_.target_logs.end(), word(head, kWhiteSpace)) != job_.target_logs.end();
 }
 
-// The flags are set only for a second pass.
+// The flags are set only in a second pass.
 void RewriteContext::insert_needed() {
   if (tally_.need_period != 0) {
     writer_.write_period(settings_.period_type, settings_.period, "");
@@ -67,7 +67,7 @@ void RewriteContext::rotate_line(std::string_view text) {
   writer_.write_rotate(settings_.rot_count, text);
 }
 
-// A system rotation file keeps its own directives of the kinds that are managed for virtual hosts only.
+// A system rotation file keeps the directives that are managed only for virtual hosts.
 template <typename Write>
 void RewriteContext::replace_for_vhost(std::string_view text, Write write) {
   if (settings_.system_mode) {
@@ -147,9 +147,9 @@ bool RewriteContext::end_of_input() {
   return needs_second_pass();
 }
 
-// A closed stanza has every kind, so this is for a file in which none closes: the missing kinds are inserted at the
-// heads that the second pass sees. What the first one counted stays counted, and the scanner goes on where it was,
-// inside a stanza or a script, so that those are the heads behind a stray brace.
+// A closed stanza has every directive, so a second pass happens only if no stanza closes. It inserts the missing
+// directives after the stanza heads it finds. Neither the counters nor the scanner's start condition are reset, so the
+// second pass starts inside a stanza or a script and finds only heads that follow a stray brace.
 bool RewriteContext::needs_second_pass() {
   tally_.need_period += tally_.periods == 0 ? 1 : 0;
   tally_.need_rotate += tally_.rotates == 0 ? 1 : 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the scanner's rules call: one method for each thing that can stand in a rotation file.
+// The methods that the scanner's rules call, one per construct of a rotation file.
 
 #include <string_view>
 
@@ -11,15 +11,15 @@
 
 namespace tavek {
 
-/// One rewrite in progress. Each method takes the text matched in the input and writes what stands in its place to the
-/// output; job and output are borrowed. Methods that write a period throw std::runtime_error for an unknown period
-/// type. In system mode only period, rotate and the anonymizing command are managed, and the directives of the other
-/// kinds are copied.
+/// One rewrite in progress. Each method gets the text matched in the input and writes its replacement to the output.
+/// The job and the output are borrowed. Methods that write a period throw std::runtime_error for an unknown period
+/// type. In system mode only the period, the rotate directive and the anonymizing command are managed; other directives
+/// are copied.
 class RewriteContext {
 public:
   RewriteContext(const RewriteJob& job, OutputStream& output);
 
-  /// Text that is nobody's business here.
+  /// Copies text that no rule manages.
   void copy(std::string_view text) { writer_.copy(text); }
 
   void stanza_head(std::string_view text);
@@ -30,16 +30,16 @@ public:
   void copytruncate_line(std::string_view text);
   void mail_line(std::string_view text);
 
-  /// A line of a postrotate script that starts a command by its path.
+  /// A line of a postrotate script that starts with '/'.
   void script_command(std::string_view text);
 
   void endscript_line(std::string_view text);
 
-  /// The brace that closes a stanza: writes the directives that the stanza still lacks, then the brace.
+  /// The brace that closes a stanza: writes the directives that the stanza lacks, then the brace.
   void stanza_close(std::string_view text);
 
-  /// The input is used up. Writes the default file when it held no stanza. Returns whether it is to be scanned once
-  /// more, from its start and into an emptied output, because some kind of directive was written nowhere.
+  /// The end of the first pass. Writes the default file if the input contained no stanza. Returns whether a second pass
+  /// is needed, over the same input and into an emptied output, because some managed directive was never written.
   bool end_of_input();
 
   const DirectiveTally& tally() const { return tally_; }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The rewrite of one rotation file.
+// Rewrites one rotation file.
 
 #include "file/file_replacement.h"
 #include "rotation/rotation_settings.h"
@@ -8,12 +8,12 @@
 
 namespace tavek {
 
-/// Opens and reads the file that a job rewrites, and makes sure that there is a file to write to. Throws
-/// std::runtime_error "Failed to open ..." for either, or what ScannerInput throws.
+/// Reads the file that a job rewrites, and checks that the replacement is open. Throws std::runtime_error "Failed to
+/// open ..." for either file, and the other exceptions of ScannerInput.
 ScannerInput open_scanner_streams(const RewriteJob& job, const FileReplacement& replacement);
 
-/// Copies the job's file into the replacement, managed directives replaced, missing ones added. Needs one pass over the
-/// file, or two. Throws what open_scanner_streams and the scanner throw; the target is not touched.
+/// Copies the job's file into the replacement; managed directives are replaced and missing ones added. Makes one or two
+/// passes over the file. Does not touch the target. Throws the exceptions of open_scanner_streams and of the scanner.
 void rewrite(const RewriteJob& job, FileReplacement& replacement);
 
 } // namespace tavek

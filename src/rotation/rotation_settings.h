@@ -1,6 +1,6 @@
 #pragma once
 
-// What a rewrite applies: filled by the driver before any file is opened, read-only afterwards.
+// The settings that a rewrite applies. The driver fills them before any file is opened; then they are read-only.
 
 #include <string>
 #include <vector>
@@ -9,24 +9,24 @@
 
 namespace tavek {
 
-/// The settings of one run. A field that is not filled keeps its start value.
+/// The settings of one run. A field that is not filled keeps its initial value.
 struct RotationSettings {
-  std::string period_type;         ///< "by_time" or "by_size"; empty: the file's own period is kept.
-  std::string period;              ///< "daily", "weekly" or "monthly", or the size text, written unchanged.
-  int rot_count = -1;              ///< Rotated copies to keep; negative: the file's own rotate directive is kept.
-  std::string email;               ///< Where rotated logs are mailed to; empty: no mail directives.
-  bool compress = false;           ///< Off and keep are both false, so that keep still writes nocompress.
-  Switch anonymize = Switch::keep; ///< Whether rotated logs pass through the IP-anonymizing script.
-  bool system_mode = false;        ///< A system rotation file is edited: no compression, mail and the like.
-  std::string vhost_name;          ///< The virtual host whose file is generated.
+  std::string period_type;         ///< "by_time" or "by_size"; if empty, periods in the file are kept.
+  std::string period;              ///< "daily", "weekly" or "monthly", or the size as typed.
+  int rot_count = -1;              ///< Rotated copies to keep; if negative, rotate directives in the file are kept.
+  std::string email;               ///< Address that gets rotated logs; if empty, there are no mail directives.
+  bool compress = false;           ///< False for off and for keep, so keep still writes nocompress.
+  Switch anonymize = Switch::keep; ///< Whether a script anonymizes IP addresses in rotated logs.
+  bool system_mode = false;        ///< Whether a system rotation file is edited; many directives are then copied.
+  std::string vhost_name;          ///< The virtual host that a generated file is for.
 };
 
-/// One rewrite: the file, the settings and, for a category that selects its stanzas, the logs to select by.
+/// One rewrite: the file, the settings and, for a category that selects stanzas, the logs to select.
 struct RewriteJob {
-  std::string config_path; ///< The rotation file that is rewritten.
+  std::string config_path; ///< The rotation file to rewrite.
   RotationSettings settings;
-  std::vector<std::string> target_logs; ///< Log paths whose stanzas are targeted.
-  bool select_targets = false;          ///< Whether `target_logs` restricts anything.
+  std::vector<std::string> target_logs; ///< Logs whose stanzas are edited.
+  bool select_targets = false;          ///< Whether only the stanzas of `target_logs` are edited.
 };
 
 } // namespace tavek

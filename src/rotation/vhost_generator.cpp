@@ -14,9 +14,9 @@ constexpr std::string_view kHeader = "#ATTENTION!\n"
                                      "#DO NOT MODIFY THIS FILE BECAUSE IT WAS GENERATED AUTOMATICALLY,\n"
                                      "#SO ALL YOUR CHANGES WILL BE LOST THE NEXT TIME THE FILE IS GENERATED.\n";
 
-// A family of a host's logs.
+// A family of a virtual host's logs.
 struct LogFamily {
-  std::string_view pattern; // Below the host's logs directory.
+  std::string_view pattern; // Relative to the host's logs directory.
   bool anonymized;          // Whether its rotated logs may be anonymized.
 };
 
@@ -24,7 +24,7 @@ constexpr LogFamily kLogFamilies[] = {
     {"*.processed", true},
     {"error_log", true},
     {"proxy_error_log", true},
-    {"php-fpm_error.log", false}, // Deliberately never passed through the script, whatever the switch says.
+    {"php-fpm_error.log", false}, // Deliberately never anonymized, even if anonymization is on.
 };
 
 std::string stanza_head(const std::string& vhost_name, const LogFamily& family) {
@@ -49,7 +49,7 @@ void write_stanza(const RotationSettings& settings, const LogFamily& family, Dir
 
 void write_default_file(const RotationSettings& settings, DirectiveWriter& writer) {
   writer.copy(kHeader);
-  // logrotate refuses a log with a second hard link unless told otherwise.
+  // Without this logrotate refuses a log that has a second hard link.
   writer.copy("\nallowhardlink\n");
   for (const LogFamily& family : kLogFamilies) {
     write_stanza(settings, family, writer);

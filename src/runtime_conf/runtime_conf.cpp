@@ -18,8 +18,8 @@ constexpr int kErrorLevel = 3;
 
 struct RuntimeConfState {
   const char* path = kRuntimeConfPath;
-  RuntimeConf* loaded = nullptr;                      // Null until a load has succeeded.
-  std::array<const char*, kRuntimeConfKeys> values{}; // The file's values found so far; null where none was.
+  RuntimeConf* loaded = nullptr;                      // Null until a load succeeds.
+  std::array<const char*, kRuntimeConfKeys> values{}; // The file's values that have been looked up.
 };
 
 RuntimeConfState state;
@@ -67,7 +67,7 @@ const char* runtime_conf_get(int index) {
 }
 
 const char* runtime_conf_get_by_name(const char* name) {
-  // The lower sentinel can be asked for by name, the upper one cannot: it only ends the search.
+  // The lower sentinel can be looked up by name; the upper one only ends the search.
   for (int index = 0; index < MAX_POSSIBLE_ORU_CONF_VAR; ++index) {
     if (strcmp(name, kRuntimeConfKeyRows[index].name) == 0) {
       return runtime_conf_get(index);

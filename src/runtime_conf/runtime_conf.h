@@ -1,17 +1,17 @@
 #pragma once
 
-// The panel's runtime configuration: where its installation keeps things, by key, with compile-time defaults.
+// The panel's runtime configuration: the paths of its installation by key, with compile-time defaults.
 //
-// The file /etc/oru/oru.conf is read once per process. Every string returned is borrowed, points into the store or
-// the table of defaults and stays valid for the life of the process. Problems are reported through `log_hook`; a
-// missing or malformed file is never fatal, since every key has a default. Single-threaded.
+// The file /etc/oru/oru.conf is read once per process. Returned strings are borrowed: they point into the store or the
+// table of defaults and are valid until the process ends. Problems are reported through `log_hook`. A missing or
+// malformed file is never fatal because every key has a default. Not thread-safe.
 
 namespace tavek {
 
-/// The file that is read.
+/// The configuration file.
 inline constexpr const char* kRuntimeConfPath = "/etc/oru/oru.conf";
 
-/// The keys, in the order of their tables. The first and the last are sentinels that mark the ends of the range.
+/// The keys, in the order of their table. The first and the last are sentinels that mark the ends of the range.
 enum RuntimeConfKey : int {
   MIN_POSSIBLE_ORU_CONF_VAR,
   TAVEK_MAILNAMES_D,
@@ -46,30 +46,30 @@ enum RuntimeConfKey : int {
   MAX_POSSIBLE_ORU_CONF_VAR,
 };
 
-/// How many keys there are, sentinels included.
+/// The number of keys, including the sentinels.
 inline constexpr int kRuntimeConfKeys = MAX_POSSIBLE_ORU_CONF_VAR + 1;
 
-/// Loads the file. Returns 0 when it is loaded, now or earlier, and -1 with errno set when it could not be; a later
-/// call then tries again.
+/// Loads the file. Returns 0 if it is loaded, now or by an earlier call, or -1 with errno set if it cannot be loaded;
+/// the next call then tries again.
 int runtime_conf_load();
 
-/// The value of a key: the file's when the file defines it, else the compile-time default. Never null.
+/// Returns the value of a key: the file's value if the file defines it, otherwise the compile-time default. Never null.
 /// `index` is not range-checked.
 const char* runtime_conf_get(int index);
 
-/// The file's value of a key, or null when the file does not define it or cannot be loaded.
+/// Returns the file's value of a key, or null if the file does not define it or cannot be loaded.
 const char* runtime_conf_file_value(int index);
 
-/// runtime_conf_get() of the key of that name; null, after a report, for a name outside the key set.
+/// Returns runtime_conf_get() for the key with this name. For an unknown name reports it and returns null.
 const char* runtime_conf_get_by_name(const char* name);
 
-/// The file's value for any name, known key or not; null when it is absent or the file cannot be loaded.
+/// Returns the file's value for any name, known key or not, or null if it is absent or the file cannot be loaded.
 const char* runtime_conf_lookup(const char* name);
 
-/// Forgets what was loaded and cached, as in a process that has just started. For tests.
+/// Discards everything loaded and cached, as in a new process. For tests.
 void runtime_conf_reset();
 
-/// Reads another file than /etc/oru/oru.conf from the next load on; null returns to that one. Borrowed. For tests.
+/// Makes the next load read `path`, which is borrowed; null restores the default path. For tests.
 void runtime_conf_use_file(const char* path);
 
 } // namespace tavek

@@ -12,7 +12,7 @@ namespace tavek {
 
 namespace {
 
-constexpr int kQuietLevel = 12; // A malformed file is no news to the user of a tool: the defaults apply.
+constexpr int kQuietLevel = 12; // Dropped by default: a user of the tool need not know that defaults apply.
 
 bool is_space(char c) {
   return isspace(static_cast<unsigned char>(c)) != 0;
@@ -39,7 +39,7 @@ char* skip_name(char* text) {
 }
 
 void expected_space(const char* line) {
-  // Also said where a name could not begin at all: what the writer has to mend is the same, a name and a space.
+  // Also used if the line does not start with a name: the author must fix the same thing, a name and a space.
   log_state().log_hook(kQuietLevel, "Invalid variable definition %s\nExpected a space after variable name\n", line);
 }
 
@@ -47,9 +47,9 @@ void expected_value(const char* line) {
   log_state().log_hook(kQuietLevel, "Invalid variable definition %s\nExpected a value", line);
 }
 
-// Where a value ends. A white-space character marks the end unless the one before it did: it then takes the mark back.
-// So a run of trailing white space, the newline counted, loses one character when it is odd and none when it is even.
-// It decides the value of lines with trailing blanks in files that exist, so it stays.
+// Returns the end of a value. A white-space character sets the mark, or clears it if the previous one set it. So
+// trailing white space, including the newline, loses one character if its length is odd and none if it is even.
+// Existing files with trailing blanks depend on this, so it must not change.
 char* value_end(char* value) {
   char* mark = nullptr;
   char* at = value + 1;
@@ -59,7 +59,7 @@ char* value_end(char* value) {
   return mark != nullptr ? mark : at;
 }
 
-// Takes one line, changing it in place. Returns -1 with errno set only when memory ran out.
+// Parses one line in place. Returns 0, also for a malformed line, or -1 with errno set if out of memory.
 int read_line(char* line, RuntimeConf* store) {
   char* name = skip_space(line);
   if (ends_line(*name)) {
@@ -80,7 +80,7 @@ int read_line(char* line, RuntimeConf* store) {
   return runtime_conf_set(name, value, store);
 }
 
-// Reads to the end. Returns 0 at the end of the file, 1 on a read error and -1 when memory ran out for a definition.
+// Returns 0 at the end of the file, 1 on a read error and -1 if there is no memory for a definition; errno is set.
 int read_lines(FILE* file, RuntimeConf* store) {
   char* line = nullptr;
   std::size_t size = 0;

@@ -1,13 +1,13 @@
 #pragma once
 
-// The syntax of a runtime configuration file: one "NAME value" definition a line, '#' starting a comment.
+// The syntax of a runtime configuration file: one "NAME value" definition per line; '#' starts a comment.
 
 #include "runtime_conf/runtime_conf_store.h"
 
 namespace tavek {
 
-/// Reads the definitions of a file into the store and sorts it. Returns 0, or -1 with errno set after a report. A
-/// malformed line is reported and skipped. A later definition of a name replaces the earlier one.
+/// Reads the definitions in a file into the store and sorts the store. A malformed line is reported and skipped. A
+/// later definition of a name replaces an earlier one. Returns 0, or reports a failure and returns -1 with errno set.
 int runtime_conf_read_file(const char* path, RuntimeConf* store);
 
 } // namespace tavek

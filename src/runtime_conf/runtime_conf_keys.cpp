@@ -43,6 +43,6 @@ const RuntimeConfKeyRow kRuntimeConfKeyRows[] = {
     {nullptr, nullptr},
 };
 
-static_assert(std::size(kRuntimeConfKeyRows) == kRuntimeConfKeys + 1, "one row a key, and the end");
+static_assert(std::size(kRuntimeConfKeyRows) == kRuntimeConfKeys + 1, "one row per key, and the end");
 
 } // namespace tavek

@@ -1,16 +1,16 @@
 #pragma once
 
-// The key set of the runtime configuration, one row an index of `RuntimeConfKey`.
+// The key set of the runtime configuration: one row per index of `RuntimeConfKey`.
 
 namespace tavek {
 
-/// A key and its compile-time default, as on a Debian-family system. All values are texts.
+/// A key and its compile-time default on a Debian-family system. All values are strings.
 struct RuntimeConfKeyRow {
   const char* name;
   const char* value;
 };
 
-/// The rows by index; a row of null pointers follows the last.
+/// The rows by index, followed by a row of null pointers.
 extern const RuntimeConfKeyRow kRuntimeConfKeyRows[];
 
 } // namespace tavek

@@ -13,7 +13,7 @@ namespace tavek {
 namespace {
 
 constexpr std::uint64_t kFirstCapacity = 20;
-constexpr int kQuietLevel = 12; // Above every usual threshold: shown only where somebody looks for it.
+constexpr int kQuietLevel = 12; // Above every usual threshold: dropped unless the threshold is raised on purpose.
 
 int compare_names(const void* left, const void* right) {
   return strcmp(static_cast<const RuntimeConfEntry*>(left)->name, static_cast<const RuntimeConfEntry*>(right)->name);
@@ -38,7 +38,7 @@ int first_array(RuntimeConf* store) {
   return 0;
 }
 
-// The next capacity, or false when it or its size in bytes does not fit.
+// Computes the next capacity and its size in bytes. Returns false on overflow.
 bool next_capacity(const RuntimeConf* store, std::uint64_t& capacity, std::uint64_t& bytes) {
   std::uint64_t doubled = 0;
   std::uint64_t stepped = 0;
@@ -60,7 +60,7 @@ int grow_array(RuntimeConf* store) {
   if (larger == nullptr) {
     return out_of_memory("read");
   }
-  // Freeing walks the whole capacity, so the slots added are zero like those of the first array.
+  // runtime_conf_free visits all entries allocated, so the new ones must be zero.
   std::fill(larger + store->capacity, larger + capacity, RuntimeConfEntry{});
   store->entries = larger;
   store->capacity = capacity;
@@ -78,7 +78,7 @@ RuntimeConfEntry* find_sorted(const RuntimeConf* store, const char* name) {
   return static_cast<RuntimeConfEntry*>(bsearch(&key, store->entries, store->count, sizeof(key), compare_names));
 }
 
-// Takes both texts, which are on the heap.
+// Takes ownership of both strings, which are on the heap.
 void define(RuntimeConf* store, char* name, char* value) {
   if (RuntimeConfEntry* known = find_unsorted(store, name)) {
     free(known->value);

@@ -39,7 +39,7 @@ protected:
 
   // In a child: no file may have more than ten bytes.
   void run_with_little_room() const {
-    take_write_errors();
+    ignore_write_signals();
     rlimit limit{};
     getrlimit(RLIMIT_FSIZE, &limit);
     const rlimit small{10, limit.rlim_max};

@@ -118,20 +118,20 @@ TEST(TakeWriteErrors, AWriteBeyondTheFileSizeLimitFailsInsteadOfKilling) {
   const TemporaryDirectory directory;
   const Disposition deadly(SIGXFSZ, SIG_DFL);
   EXPECT_EXIT(write_beyond_the_limit(directory / "file"), testing::KilledBySignal(SIGXFSZ), "");
-  take_write_errors();
+  ignore_write_signals();
   EXPECT_EXIT(write_beyond_the_limit(directory / "other"), testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
 TEST(TakeWriteErrors, AWriteToAClosedPipeFailsInsteadOfKilling) {
   const Disposition deadly(SIGPIPE, SIG_DFL);
   EXPECT_EXIT(write_to_a_closed_pipe(), testing::KilledBySignal(SIGPIPE), "");
-  take_write_errors();
+  ignore_write_signals();
   EXPECT_EXIT(write_to_a_closed_pipe(), testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
 TEST(TakeChildStatuses, AStatusCanBeWaitedForThoughTheCallerIgnoresChildren) {
   const Disposition ignored(SIGCHLD, SIG_IGN);
-  take_child_statuses();
+  restore_child_signal();
   const pid_t child = fork();
   if (child == 0) {
     _exit(7);
@@ -166,11 +166,11 @@ TEST(TerminationHold, TellsWhetherASignalWaits) {
   for (const int signal : kTerminationSignals) {
     const Disposition ends(signal, SIG_DFL); // Whoever starts the tests may have it ignored.
     const TerminationHold hold;
-    EXPECT_FALSE(hold.termination_waits()) << signal;
+    EXPECT_FALSE(hold.termination_pending()) << signal;
     raise(signal);
-    EXPECT_TRUE(hold.termination_waits()) << signal;
+    EXPECT_TRUE(hold.termination_pending()) << signal;
     EXPECT_TRUE(take_waiting(signal)) << signal;
-    EXPECT_FALSE(hold.termination_waits()) << signal;
+    EXPECT_FALSE(hold.termination_pending()) << signal;
   }
 }
 
@@ -180,7 +180,7 @@ TEST(TerminationHold, DoesNotTakeAnIgnoredSignalForATermination) {
     const Disposition ignored(signal, SIG_IGN);
     const TerminationHold hold;
     raise(signal);
-    EXPECT_FALSE(hold.termination_waits()) << signal;
+    EXPECT_FALSE(hold.termination_pending()) << signal;
   }
 }
 
@@ -189,7 +189,7 @@ TEST(TerminationHold, AnIgnoredSignalDoesNotHideAnother) {
   const TerminationHold hold;
   raise(SIGHUP);
   raise(SIGTERM);
-  EXPECT_TRUE(hold.termination_waits());
+  EXPECT_TRUE(hold.termination_pending());
   EXPECT_TRUE(take_waiting(SIGTERM));
 }
 
@@ -199,7 +199,7 @@ TEST(TerminationHold, LeavesASignalThatTheCallerBlocksToTheCaller) {
   {
     const TerminationHold hold;
     raise(SIGTERM);
-    EXPECT_FALSE(hold.termination_waits());
+    EXPECT_FALSE(hold.termination_pending());
   }
   EXPECT_TRUE(is_blocked(SIGTERM));
   EXPECT_TRUE(take_waiting(SIGTERM));
