@@ -1,7 +1,6 @@
-"""File systems that are full, limited, read-only or gone."""
+"""File systems that are full or limited."""
 
 import os
-import subprocess
 
 from lab import DAILY, HOSTS, NEW, OLD, TARGET, expect_new, expect_refusal, mounted, put, reset, shell, tool
 from rows import row
@@ -57,22 +56,3 @@ def no_descriptors(row):
             expect_refusal(row, result, what, "^Failed to open ", old=(OLD,) if before else (None, b""))
     reset()
     expect_new(row, tool(*DAILY, under=("prlimit", "--nofile=5:5")), "five descriptors are enough")
-
-
-@row("a read-only mount")
-def read_only_mount(row):
-    for before in (OLD, None):
-        reset(before)
-        with mounted(HOSTS, "--bind", HOSTS):
-            subprocess.run(["mount", "-o", "remount,bind,ro", HOSTS], check=True)
-            message = "^" + TEMPORARY + "Read-only file system$" if before else f"^Failed to open {TARGET}: "
-            expect_refusal(row, tool(*DAILY), "read-only", message, old=(before,))
-            expect_refusal(row, tool("example.com", "off"), "off", "Read-only file system", old=(before,))
-
-
-@row("a missing folder")
-def missing_folder(row):
-    target = f"{HOSTS}/missing/example.com"
-    result = tool("missing/example.com", *DAILY[1:])
-    expect_refusal(row, result, "missing folder", f"^Failed to open {target}: No such file", old=(None,), target=target)
-    row.holds(not os.path.exists(os.path.dirname(target)), "the folder is there now")

@@ -81,24 +81,6 @@ def start_as(name):
                             stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
 
-@row("a program that is gone")
-def failing_exec(row):
-    """The first child removes the program, which is then missing for the second."""
-    reset_system_files()
-    put_script("/tmp/vanishing", f'rm /tmp/vanishing\nexec {TOOL} "$@"')
-    parent = start_as("/tmp/vanishing")
-    output, error = parent.communicate()
-    row.holds(parent.returncode == 1 and output == b"", f"exit status {parent.returncode}")
-    expect_message(row, error, "gone", "No such file or directory")
-    row.holds(edited() == 1 and not left_files(), f"{edited()} files edited")
-
-
-@row("a caller that ignores SIGCHLD")
-def ignored_sigchld(row):
-    reset_system_files()
-    result = tool(*SYSTEM, under=("env", "--ignore-signal=CHLD"))
-    row.holds((result.status, result.error) == (0, b""), f"{result}")
-    row.holds(edited() == 5, f"{edited()} files edited")
 
 
 @row("a terminated parent of the children")

@@ -4,7 +4,7 @@ import itertools
 import os
 import re
 
-from lab import (DAILY, NEW, OLD, SYSTEM, SYSTEM_FILES, TARGET, expect_new, get, mode_of, put, reset,
+from lab import (DAILY, NEW, OLD, SYSTEM, SYSTEM_FILES, TARGET, get, mode_of, put, reset,
                  shell, stanzas, temporary_files, tool)
 from rows import row
 
@@ -70,17 +70,6 @@ def closed_pipe(row):
         row.holds(re.search(r"^unlink\(.*^write\(2, .*EPIPE", trace, re.DOTALL | re.MULTILINE),
                   f"{what}: the message comes before the temporary file is gone")
 
-
-@row("full standard streams")
-def full_streams(row):
-    with open("/dev/full", "wb") as full:
-        reset()
-        expect_new(row, tool(*DAILY, stdout=full), "standard output is full")
-        reset()
-        expect_new(row, tool(*DAILY, stderr=full), "standard error is full")
-        reset()
-        result = tool(*DAILY, under=("prlimit", "--fsize=100"), stdout=full, stderr=full)
-        row.holds((result.status, get(TARGET), temporary_files()) == (1, OLD, []), f"a failure: {result}")
 
 
 @row("the caller's file-creation mask")

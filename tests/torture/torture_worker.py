@@ -5,7 +5,6 @@ import sys
 # Importing a module registers its rows.
 import disk_rows  # noqa: F401
 import stream_rows  # noqa: F401
-import target_rows  # noqa: F401
 import order_rows  # noqa: F401
 import fanout_rows  # noqa: F401
 import signal_rows  # noqa: F401
