@@ -1,36 +1,53 @@
-"""Running the tool inside the sandbox and looking at what it leaves."""
+"""Runs the tool inside the sandbox and checks the files it leaves."""
 
 import collections
 import contextlib
-import glob
 import os
 import re
 import resource
+import signal
 import stat
 import subprocess
 
 TOOL = "/opt/oru/admin/sbin/tavek-logrotate"
 HOSTS = "/opt/oru/etc/logrotate.d"
 TARGET = f"{HOSTS}/example.com"
+LOGS = "/var/www/vhosts/system/example.com/logs"
 SYSTEM_FILES = ["/etc/logrotate.d/apache2", "/etc/logrotate.d/nginx", "/opt/oru/etc/logrotate.conf",
                 "/etc/logrotate.d/fail2ban", "/etc/logrotate.d/mod_security"]
+TRACE = "/tmp/trace"
 
 DAILY = ("example.com", "on", "by_time", "daily", "5", "true")
-SYSTEM = ("--system-logs", "--period-type=by_time", "--period=weekly", "--rot-count=3")
+APACHE = ("--apache-logs", "--period-type=by_time", "--period=weekly", "--rot-count=3")
+SYSTEM = ("--system-logs", *APACHE[1:])
 
-Result = collections.namedtuple("Result", "status output error")
+Result = collections.namedtuple("Result", "status output error trace", defaults=[""])
+Call = collections.namedtuple("Call", "name ordinal text")  # The ordinal counts the calls of that name from 1.
 
 
-def stanzas(count, period="weekly", rotate=9):
-    """A file whose directives all differ from what DAILY writes."""
-    lines = ["/var/www/vhosts/system/example.com/logs/log%06d {", f"\t{period}", f"\trotate {rotate}", "\tnocompress",
+def stanzas(count, period="weekly", rotate=9, compress="nocompress"):
+    """A file in which DAILY changes these three directives of every stanza and nothing else."""
+    lines = ["/var/www/vhosts/system/example.com/logs/log%06d {", f"\t{period}", f"\trotate {rotate}", f"\t{compress}",
              "\tmissingok", "\tcopytruncate", "}", ""]
     text = "\n".join(lines)
     return "".join(text % number for number in range(count)).encode()
 
 
 OLD = stanzas(290)  # About 31 KB.
-NEW = OLD.replace(b"weekly", b"daily").replace(b"rotate 9", b"rotate 5").replace(b"nocompress", b"compress")
+NEW = stanzas(290, "daily", 5, "compress")
+
+# A stanza that never closes and lacks a period, so the tool scans the file twice.
+UNCLOSED = b"}\n/var/log/unclosed {\n" + b"\tcreate 0640 root adm\n" * 6000
+
+
+def set_up_process():
+    """Restores the default actions of signals, because a background shell ignores some. Prevents core dumps.
+
+    A limit of 1 also prevents dumps into a pipe, which a limit of 0 does not.
+    """
+    for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM, signal.SIGQUIT):
+        signal.signal(number, signal.SIG_DFL)
+    resource.setrlimit(resource.RLIMIT_CORE, (1, 1))
 
 
 def put(path, data):
@@ -39,7 +56,7 @@ def put(path, data):
 
 
 def get(path):
-    """The bytes of a file, or None without one."""
+    """The bytes of a file, or None if it does not exist."""
     try:
         with open(path, "rb") as file:
             return file.read()
@@ -47,70 +64,91 @@ def get(path):
         return None
 
 
-def reset(data=OLD):
-    """The hosts' folder with the target alone, or, for None, with nothing."""
-    for name in os.listdir(HOSTS):
-        os.unlink(os.path.join(HOSTS, name))
+def reset(data=OLD, target=TARGET):
+    """Leaves only the target in its folder, or, if `data` is None, an empty folder."""
+    for path in beside(target):
+        os.unlink(path)
+    with contextlib.suppress(FileNotFoundError):
+        os.unlink(target)
     if data is not None:
-        put(TARGET, data)
+        put(target, data)
 
 
-def tool(*arguments, under=(), timeout=60, **popen):
-    """One run to its end, under another command where one is given. The status is negative for a death by a signal."""
-    popen = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **popen}
-    done = subprocess.run([*under, TOOL, *arguments], timeout=timeout, check=False, **popen)
-    return Result(done.returncode, done.stdout or b"", done.stderr or b"")
-
-
-def shell(script, *arguments, **popen):
-    """A shell script with the tool as $TOOL and the arguments as "$@"."""
-    done = subprocess.run(["sh", "-c", script, "sh", *arguments], stdin=subprocess.DEVNULL, capture_output=True,
-                          env={**os.environ, "TOOL": TOOL}, timeout=60, check=False, **popen)
-    return Result(done.returncode, done.stdout, done.stderr)
-
-
-def temporary_files(target=TARGET):
-    return glob.glob(glob.escape(target) + ".??????")
+def beside(target=TARGET):
+    """The other files in the folder of the target."""
+    folder, name = os.path.split(target)
+    return sorted(os.path.join(folder, other) for other in os.listdir(folder) if other != name)
 
 
 def mode_of(path):
     return stat.S_IMODE(os.stat(path).st_mode)
 
 
-def expect_new(row, result, what, new=NEW, target=TARGET):
-    row.holds(result.status == 0, f"{what}: exit status {result.status}, {result.error!r}")
-    row.holds(get(target) == new, f"{what}: the target is not NEW")
-    row.holds(mode_of(target) == 0o644, f"{what}: mode {mode_of(target):o}")
-    row.holds(not temporary_files(target), f"{what}: temporary files stay")
+def run(command, **popen):
+    """Runs a command to its end. The status is negative if a signal killed it."""
+    popen = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "timeout": 60, **popen}
+    done = subprocess.run(command, check=False, **popen)
+    return Result(done.returncode, done.stdout or b"", done.stderr or b"")
 
 
-def expect_refusal(row, result, what, message="", old=(OLD,), target=TARGET):
-    """The target is one of `old`, nothing lies beside it, one line says why and matches `message`."""
-    row.holds(result.status == 1, f"{what}: exit status {result.status}")
-    row.holds(get(target) in old, f"{what}: the target is not OLD")
-    row.holds(not temporary_files(target), f"{what}: temporary files stay")
-    expect_message(row, result.error, what, message)
+def tool(*arguments, under=(), **popen):
+    return run([*under, TOOL, *arguments], **popen)
 
 
-def expect_message(row, error, what, message):
+def shell(script, *arguments):
+    """Runs a shell script in which "$0" is the tool and "$@" are the arguments."""
+    return run(["sh", "-c", script, TOOL, *arguments])
+
+
+def traced(command, *options, **popen):
+    result = run(["strace", "-q", "-s", "128", "-o", TRACE, *options, *command], **popen)
+    return result._replace(trace=get(TRACE).decode("utf-8", "backslashreplace"))
+
+
+def calls_of(trace):
+    counts = collections.Counter()
+    calls = []
+    for line in trace.splitlines():
+        match = re.match(r"(\w+)\(", line)
+        if match:
+            counts[match[1]] += 1
+            calls.append(Call(match[1], counts[match[1]], line))
+    return calls
+
+
+def expect_new(row, result, what, new=NEW):
+    row.check(result.status == 0, f"{what}: exit status {result.status}, {result.error!r}")
+    row.check(get(TARGET) == new, f"{what}: the target is not NEW")
+    row.check(mode_of(TARGET) == 0o644, f"{what}: mode {mode_of(TARGET):o}")
+    row.check(not beside(), f"{what}: left {beside()}")
+
+
+def expect_refusal(row, result, what, message, old=(OLD,)):
+    """Checks that the target is one of `old`, that no other file exists and that one line gives the reason."""
+    row.check(result.status == 1, f"{what}: exit status {result.status}")
+    row.check(get(TARGET) in old, f"{what}: the target is not OLD")
+    row.check(not beside(), f"{what}: left {beside()}")
+    row.check(is_one_line(result.error, message), f"{what}: the message is {result.error!r}")
+
+
+def is_one_line(error, pattern=r"\S"):
     lines = error.decode("utf-8", "backslashreplace").splitlines()
-    right = len(lines) == 1 and "Success" not in lines[0] and re.search(message, lines[0])
-    row.holds(right, f"{what}: the message is {error!r}")
+    return len(lines) == 1 and "Success" not in lines[0] and re.search(pattern, lines[0]) is not None
 
 
-def processor_seconds(run):
-    """The processor time of what a function runs to its end, which other work of the machine does not make longer."""
+def processor_seconds(function):
+    """The result of the function and the processor time of the processes it ran, which other load does not change."""
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
-    result = run()
+    result = function()
     after = resource.getrusage(resource.RUSAGE_CHILDREN)
     return result, after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
 
 
 @contextlib.contextmanager
-def mounted(place, *options):
-    """Something mounted on a folder or file of the sandbox for a while."""
-    subprocess.run(["mount", *options, place], check=True)
+def small_disk(options):
+    """Mounts a tmpfs with these options over the folder of the target."""
+    subprocess.run(["mount", "-t", "tmpfs", "-o", f"{options},mode=755", "tmpfs", HOSTS], check=True)
     try:
         yield
     finally:
-        subprocess.run(["umount", "-l", place], check=True)
+        subprocess.run(["umount", "-l", HOSTS], check=True)

@@ -1,6 +1,5 @@
-"""The rows of the torture: functions that make the world misbehave, run the tool in it and say what holds."""
+"""The rows of the torture: named functions that cause a fault, run the tool and check the result."""
 
-import sys
 import time
 import traceback
 
@@ -8,20 +7,20 @@ ROWS = []
 
 
 class Skip(Exception):
-    """Raised by a row that this machine cannot run, with the reason."""
+    """Raised by a row that cannot run on this machine, with the reason."""
 
 
 class Row:
-    """What a row function is given: it counts what holds and prints what does not."""
+    """Passed to the function of a row: counts the checks that pass and prints the others."""
 
     def __init__(self, name):
         self.name = name
-        self.held = 0
+        self.passed = 0
         self.figures = []
 
-    def holds(self, condition, what):
+    def check(self, condition, what):
         if condition:
-            self.held += 1
+            self.passed += 1
         else:
             print(f"FAILED {self.name}: {what}", flush=True)
 
@@ -43,15 +42,15 @@ def run_row(name, function):
         function(current)
     except Skip as reason:
         print(f"SKIPPED {name}: {reason}", flush=True)
-    except Exception:  # One row that breaks must not hide the others.
+        return
+    except Exception:  # The other rows still run.
         print(f"FAILED {name}:\n{traceback.format_exc()}", flush=True)
     figures = "".join(f"; {figure}" for figure in current.figures)
-    print(f"passed {current.held} {name}")
-    print(f"{name}: {current.held} passed, {time.monotonic() - start:.1f} s{figures}", flush=True)
+    print(f"passed {current.passed} {name}")
+    print(f"{name}: {current.passed} passed, {time.monotonic() - start:.1f} s{figures}", flush=True)
 
 
 def run_rows(words):
     for name, function in ROWS:
         if not words or any(word in name for word in words):
             run_row(name, function)
-    sys.stdout.flush()

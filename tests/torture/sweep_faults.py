@@ -1,14 +1,15 @@
-"""The faults that the sweep injects: which errors a system call may return, and the signals that may arrive at it."""
+"""The faults that the sweep injects: the errors a system call may return, and signals."""
 
 import collections
 import re
 
-from sweep_calls import calls_of
+from lab import calls_of
 
-# What a full, broken or locked file system, a quota, a limit or a missing permission answers. A refusal that would
-# only be a lie, such as a status query that finds nothing where there is a file, is no fault.
+# What a full, broken or locked file system, a quota, a limit or a missing permission returns. An error that could not
+# occur, such as a status query that does not find an existing file, is not a fault.
 ERRORS = {
-    "brk": ["retval=0"],  # The kernel answers a refused brk with the old end, never with an error.
+    "brk": ["retval=0"],  # If the kernel refuses, brk returns the old end and no error.
+    "clone": ["error=EAGAIN", "error=ENOMEM"],
     "close": ["error=EIO", "error=ENOSPC", "error=EDQUOT", "error=EINTR"],
     "fchmod": ["error=EPERM", "error=EIO", "error=EROFS"],
     "fsync": ["error=EIO", "error=ENOSPC", "error=EDQUOT", "error=EINTR"],
@@ -18,6 +19,7 @@ ERRORS = {
     "munmap": ["error=ENOMEM"],
     "newfstatat": ["error=EIO", "error=EACCES", "error=ENOMEM"],
     "openat": ["error=EMFILE", "error=ENOSPC", "error=EACCES", "error=EROFS", "error=EIO", "error=EINTR"],
+    "pipe2": ["error=EMFILE", "error=ENFILE"],
     "read": ["error=EIO", "error=ENOMEM", "error=EINTR"],
     "rename": ["error=EACCES", "error=EBUSY", "error=EXDEV", "error=ENOSPC", "error=EIO"],
     "rmdir": ["error=EBUSY"],
@@ -28,11 +30,10 @@ ERRORS = {
 OTHER_ERRORS = ["error=EIO", "error=ENOMEM", "error=EPERM"]
 SIGNALS = ["KILL", "TERM", "HUP", "INT", "QUIT"]
 
-# A temporary file, of which nothing may fail without the run failing, as strace shows the descriptor of one.
+# A call on the temporary file, as strace shows it. If one fails, the run must fail even if the target is NEW.
 TEMPORARY = re.compile(r"^(write|fchmod|ftruncate|lseek|fsync|close)\(\d+<[^>]*\.\w{6}>")
 
-# A fault strikes the calls of a name that `when` says; `signal` is the name of a signal or None for an error. Where it
-# must fail the run, a whole target does not excuse success.
+# `when` selects among the calls of this name, as strace counts them; `signal` is None for an error.
 Fault = collections.namedtuple("Fault", "name what when signal must_fail")
 
 
@@ -41,15 +42,18 @@ def errors_of(call):
     return [Fault(call.name, what, str(call.ordinal), None, must_fail) for what in ERRORS.get(call.name, OTHER_ERRORS)]
 
 
-def signals_of(call, ignored):
-    names = [ignored] if ignored else SIGNALS
+def signals_of(call, names=SIGNALS):
     return [Fault(call.name, f"signal={name}", str(call.ordinal), name, False) for name in names]
 
 
-def from_then_on(fault, result):
-    """The same fault at every later call too, or None where the run that it struck once had no later call.
+def injection_of(fault):
+    return f"inject={fault.name}:{fault.what}:when={fault.when}"
 
-    The message of the run that was struck once gets out: the fault ends before it. An interruption ends some day.
+
+def lasting(fault, result):
+    """The same fault at all later calls too, or None if the run with the single fault had no later call.
+
+    The message of that run is still written, so the fault ends before it. Interruptions end after ten calls.
     """
     first = int(fault.when)
     calls = [call for call in calls_of(result.trace) if call.name == fault.name and call.ordinal > first]

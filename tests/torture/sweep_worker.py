@@ -1,7 +1,7 @@
-"""One worker of the fault sweep, inside the sandbox: takes its share of the calls of every job.
+"""One worker of the fault sweep, inside the sandbox: injects faults at its share of the system calls of every job.
 
-Prints FAILED and what is wrong for a case that fails, and at the end how many passed. Arguments: which worker this is,
-how many there are.
+Prints FAILED and the problems of each case that fails, and at the end how many cases passed. Arguments: the number of
+this worker, the number of workers.
 """
 
 import collections
@@ -9,68 +9,49 @@ import subprocess
 import sys
 import zlib
 
-from sweep_calls import record, run, run_with, take_default_signals
-from sweep_faults import errors_of, from_then_on, signals_of
+from lab import set_up_process
+from sweep_checks import problems_of
+from sweep_faults import errors_of, lasting, signals_of
 from sweep_jobs import all_jobs
-from sweep_judge import Judge
+
+passed = collections.Counter()
 
 
-class Worker:
-    """Runs cases and counts, for each job, those that passed."""
-
-    def __init__(self):
-        self.passed = collections.Counter()
-
-    def report(self, job, fault, problems):
-        if problems:
-            print(f"FAILED {job.name}: {fault.name} {fault.when} {fault.what}\n  " + "\n  ".join(problems), flush=True)
-        else:
-            self.passed[job.name] += 1
-
-    def strike(self, job, judge, fault):
-        """Runs one case. Returns the result, or None for a run that did not end."""
-        job.reset()
-        try:
-            result = run_with(job, fault)
-        except subprocess.TimeoutExpired:
-            self.report(job, fault, ["did not end"])
-            return None
-        self.report(job, fault, judge.problems(fault, result))
-        return result
-
-    def sweep_call(self, job, judge, call):
-        for fault in signals_of(call, job.ignored):
-            self.strike(job, judge, fault)
-        for fault in errors_of(call) if job.ignored is None else []:
-            result = self.strike(job, judge, fault)
-            lasting = from_then_on(fault, result) if result else None
-            if lasting:
-                self.strike(job, judge, lasting)
+def inject(job, fault):
+    """Runs one case. Returns its result, or None if the run does not end."""
+    try:
+        result = job.run_with(fault)
+        problems = problems_of(job, fault, result)
+    except subprocess.TimeoutExpired:
+        result = None
+        problems = ["does not end"]
+    passed[job.name] += not problems
+    if problems:
+        print(f"FAILED {job.name}: {fault.name} {fault.when} {fault.what}\n  " + "\n  ".join(problems), flush=True)
+    return result
 
 
-def recorded(job):
-    """The judge of a job and its calls, from a run without a fault."""
-    job.reset()
-    result, calls = record(job)
-    if result.status != 0 or result.error or job.beside():
-        sys.exit(f"{job.name}: a run without a fault ends with {result.status}, {result.error!r}, {job.beside()}")
-    if job.before is not None and job.now() == job.before:
-        sys.exit(f"{job.name}: a run without a fault changes nothing, so nothing can be told from the bytes")
-    new = job.now()
-    run(job.command)
-    return Judge(job, new, job.now()), calls
+def sweep_call(job, call):
+    if job.ignored:
+        inject(job, signals_of(call, [job.ignored])[0])
+        return
+    for fault in signals_of(call):
+        inject(job, fault)
+    for fault in errors_of(call):
+        result = inject(job, fault)
+        repeated = lasting(fault, result) if result else None
+        if repeated:
+            inject(job, repeated)
 
 
 def main():
     mine, workers = int(sys.argv[1]), int(sys.argv[2])
-    take_default_signals()
-    worker = Worker()
+    set_up_process()
     for job in all_jobs():
-        judge, calls = recorded(job)
-        for call in calls:
+        for call in job.record():
             if zlib.crc32(f"{call.name} {call.ordinal}".encode()) % workers == mine:
-                worker.sweep_call(job, judge, call)
-    for name, count in worker.passed.items():
+                sweep_call(job, call)
+    for name, count in passed.items():
         print(f"passed {count} {name}")
 
 

@@ -1,18 +1,16 @@
-"""Runs the rows inside the sandbox. Arguments: words that limit the run to the rows whose names hold one."""
+"""Runs the rows inside the sandbox. Arguments: words; if there are any, only rows whose names contain one of them."""
 
 import sys
 
 # Importing a module registers its rows.
-import disk_rows  # noqa: F401
-import stream_rows  # noqa: F401
-import order_rows  # noqa: F401
+import limit_rows  # noqa: F401
+import process_rows  # noqa: F401
 import fanout_rows  # noqa: F401
-import signal_rows  # noqa: F401
 import crowd_rows  # noqa: F401
 import memory_rows  # noqa: F401
 import time_rows  # noqa: F401
+from lab import set_up_process
 from rows import run_rows
-from sweep_calls import take_default_signals
 
-take_default_signals()
+set_up_process()
 run_rows(sys.argv[1:])
