@@ -2,6 +2,7 @@
 
 import argparse
 import collections
+import ctypes
 import os
 import pathlib
 import shutil
@@ -12,6 +13,7 @@ import time
 HERE = pathlib.Path(__file__).resolve().parent
 TOP = HERE.parent.parent
 INSIDE = "/tmp/torture"
+CLONE_NEWNS = 0x20000
 
 
 class Sandbox:
@@ -50,6 +52,17 @@ class Sandbox:
         result = subprocess.run(self.command("strace", "-q", "-o", "/dev/null", "true"),
                                 stdin=subprocess.DEVNULL, capture_output=True, text=True)
         return "" if result.returncode == 0 else result.stderr.strip() or f"exit status {result.returncode}"
+
+
+def enter_private_mount_namespace():
+    """From here on, mounts of this process and its children concern no other process. Returns what prevents it."""
+    if os.geteuid() != 0:
+        return "not run by root"
+    libc = ctypes.CDLL(None, use_errno=True)
+    if libc.unshare(CLONE_NEWNS) != 0:
+        return f"no private mount namespace: {os.strerror(ctypes.get_errno())}"
+    subprocess.run(["mount", "--make-rprivate", "/"], check=True)
+    return ""
 
 
 def start(command):

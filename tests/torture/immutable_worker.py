@@ -1,0 +1,74 @@
+"""Runs the tool on immutable files. Only root of the machine can make one, so this worker is outside the sandbox.
+
+The files are on an ext4 image that is mounted only for this process and its children. Arguments: the program, words.
+"""
+
+import contextlib
+import subprocess
+import sys
+
+from harness import Sandbox, enter_private_mount_namespace
+from lab import DAILY, HOSTS, NEW, OLD, TARGET, TOOL, is_one_line, run
+from rows import Skip, row, run_rows
+
+PROGRAM = sys.argv[1]
+
+
+@contextlib.contextmanager
+def ext4_on(folder, image):
+    """Mounts a new ext4 image on a folder."""
+    image.write_bytes(bytes(8 << 20))
+    for command in (["mkfs.ext4", "-q", image], ["mount", "-o", "loop", image, folder]):
+        result = run(command)
+        if result.status != 0:
+            raise Skip(f"{command[0]}: {result.error.decode().strip()}")
+    try:
+        yield
+    finally:
+        subprocess.run(["umount", folder], check=True)
+
+
+@contextlib.contextmanager
+def immutable(path):
+    subprocess.run(["chattr", "+i", path], check=True)
+    try:
+        yield
+    finally:
+        subprocess.run(["chattr", "-i", path], check=True)
+
+
+@row("an immutable file")
+def immutable_file(row):
+    problem = enter_private_mount_namespace()
+    if problem:
+        raise Skip(problem)
+    with Sandbox(PROGRAM) as sandbox:
+        subprocess.run(sandbox.command("true"), check=True)  # Makes the folders.
+        with ext4_on(sandbox.path(HOSTS), sandbox.root / "disk"):
+            as_target(row, sandbox)
+            behind_link(row, sandbox)
+
+
+def as_target(row, sandbox):
+    target = sandbox.path(TARGET)
+    target.write_bytes(OLD)
+    with immutable(target):
+        result = run(sandbox.command(TOOL, *DAILY))
+    expected = is_one_line(result.error, f"^Failed to open {TARGET}: Operation not permitted$")
+    row.check(result.status == 1 and expected, f"as target: {result}")
+    row.check(target.read_bytes() == OLD and not list(target.parent.glob("example.com.*")), "as target: wrong files")
+
+
+def behind_link(row, sandbox):
+    """The tool replaces the link, which is not immutable."""
+    target, pointee = sandbox.path(TARGET), sandbox.path(f"{HOSTS}/pointee")
+    target.rename(pointee)
+    target.symlink_to("pointee")
+    with immutable(pointee):
+        result = run(sandbox.command(TOOL, *DAILY))
+    row.check((result.status, result.error) == (0, b""), f"behind a link: {result}")
+    row.check(not target.is_symlink() and target.read_bytes() == NEW, "behind a link: the target is not NEW")
+    row.check(pointee.read_bytes() == OLD, "behind a link: the immutable file has changed")
+
+
+run_rows(sys.argv[2:])
