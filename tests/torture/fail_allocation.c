@@ -1,8 +1,8 @@
-/* Preloaded into a program, makes its allocations fail.
+/* Preloaded into a program to make its allocations fail.
 
-   FAIL_ALLOCATION=N   the Nth one fails, counted from 1 and from the moment when the libraries are ready
-   FAIL_ALLOCATION=N+  every one from the Nth on
-   COUNT_ALLOCATIONS=FILE   at the end, writes to FILE how many there were */
+   FAIL_ALLOCATION=N        the Nth allocation fails, counted from 1 after the shared libraries are initialised
+   FAIL_ALLOCATION=N+       the Nth allocation and all later ones fail
+   COUNT_ALLOCATIONS=FILE   the number of allocations is written to FILE at exit */
 
 #include <errno.h>
 #include <fcntl.h>
@@ -10,7 +10,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-/* The names under which the C library offers its own routines. */
+/* The C library's own functions. */
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* block, size_t size);
@@ -20,7 +20,7 @@ static long allocations;
 static long first;
 static int from_then_on;
 
-/* Runs after the constructors of the libraries that the program needs, which are not the program's own business. */
+/* Runs after the constructors of the shared libraries, so their allocations are not counted. */
 __attribute__((constructor)) static void arm(void) {
   const char* text = getenv("FAIL_ALLOCATION");
   char* end = NULL;
