@@ -57,8 +57,9 @@ void ScannerInput::allocate(std::size_t capacity) {
   }
   auto larger = std::make_unique_for_overwrite<char[]>(capacity + kEndBytes);
   void* huge_pages = larger.get();
-  if (std::align(kHugePage, kHugePage, huge_pages, capacity) != nullptr) {
-    madvise(huge_pages, capacity, MADV_HUGEPAGE);
+  std::size_t aligned_room = capacity; // std::align moves both to the next boundary.
+  if (std::align(kHugePage, kHugePage, huge_pages, aligned_room) != nullptr) {
+    madvise(huge_pages, aligned_room, MADV_HUGEPAGE);
   }
   std::copy_n(bytes_.get(), size_, larger.get());
   bytes_ = std::move(larger);
