@@ -14,6 +14,7 @@ namespace tavek {
 
 namespace {
 
+// Copies of php-fpm_error.log, the fourth log of a host, are deliberately left alone.
 constexpr const char* kVhostLogPatterns[] = {"*.processed", "error_log", "proxy_error_log"};
 constexpr std::string_view kCompressed = ".gz";
 

@@ -28,12 +28,9 @@ namespace {
 constexpr const char* kVhostConfigDirectory = TAVEK_PRODUCT_ROOT "/etc/logrotate.d";
 constexpr mode_t kFileCreationMask = 022;
 
-// The rotation file's name as typed, or the category's own file if the command line names none.
-std::string configuration_name(const Options& options, const SystemLogCategory* category) {
-  if (options.has("vhost-name")) {
-    return options.text("vhost-name");
-  }
-  return category != nullptr ? category->rotation_file : "";
+// The rotation file's name as typed.
+std::string configuration_name(const Options& options, const char* by_default) {
+  return options.has("vhost-name") ? options.text("vhost-name") : by_default;
 }
 
 void resolve_target(const std::string& name, RewriteJob& job) {
@@ -62,7 +59,7 @@ void run_rewrite(const RewriteJob& job) {
 
 void run_virtual_host(const Options& options) {
   RewriteJob job;
-  const std::string name = configuration_name(options, nullptr);
+  const std::string name = configuration_name(options, "");
   resolve_target(name, job);
   job.settings.anonymize = options.switch_value("anonymize-ip");
   umask(kFileCreationMask);
@@ -86,8 +83,8 @@ void run_virtual_host(const Options& options) {
 
 void run_category(const SystemLogCategory& category, const Options& options) {
   RewriteJob job;
-  const std::string name = configuration_name(options, &category);
-  if (!std::filesystem::exists(std::filesystem::status(name))) {
+  const std::string name = configuration_name(options, category.rotation_file);
+  if (!std::filesystem::exists(name)) {
     return; // The service is not installed.
   }
   resolve_target(name, job);

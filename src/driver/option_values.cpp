@@ -53,9 +53,7 @@ void fill_given_settings(const Options& options, RotationSettings& settings) {
   if (options.has("period")) {
     settings.period = options.text("period");
   }
-  if (options.has("rot-count")) {
-    settings.rot_count = options.number("rot-count");
-  }
+  settings.rot_count = options.number("rot-count"); // -1 unless given.
 }
 
 } // namespace tavek

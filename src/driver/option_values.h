@@ -12,8 +12,8 @@ namespace tavek {
 /// invalid and boost::bad_any_cast if a required option is missing.
 void fill_settings(const Options& options, RotationSettings& settings);
 
-/// Partial reading, for a system-log category: stores period type, period and rotation count, each only if the options
-/// contain it. Checks nothing.
+/// Partial reading, for a system-log category: stores the period type and the period, each only if it was given, and
+/// the rotation count, which is -1 if it was not given. Checks nothing.
 void fill_given_settings(const Options& options, RotationSettings& settings);
 
 } // namespace tavek

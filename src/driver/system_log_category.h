@@ -13,7 +13,7 @@ struct SystemLogCategory {
   const char* option;                     ///< The option that selects it, without the hyphens.
   const char* rotation_file;              ///< The file to rewrite.
   std::span<const char* const> log_paths; ///< Its logs, as glob patterns for the cleanup.
-  bool select_stanzas;                    ///< Whether only stanzas of these logs are targeted.
+  bool select_stanzas;                    ///< Whether only stanzas of these logs may get a new script.
 };
 
 /// The categories in the order in which their options are tested and in which --system-logs runs them.

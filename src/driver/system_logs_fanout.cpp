@@ -29,17 +29,14 @@ using Words = std::vector<std::string>;
 
 Words forwarded_words(const Options& options) {
   Words words;
-  const auto forward = [&](const char* name, auto value_of) {
+  for (const char* name : {"period-type", "period"}) {
     if (options.has(name)) {
-      words.push_back(std::string("--").append(name));
-      words.push_back(value_of(name));
+      words.insert(words.end(), {std::string("--") + name, options.text(name)});
     }
-  };
-  const auto text = [&](const char* name) { return options.text(name); };
-  forward("period-type", text);
-  forward("period", text);
-  forward("rot-count", [&](const char* name) { return std::to_string(options.number(name)); });
-  forward("anonymize-ip", [&](const char* name) { return std::string(to_text(options.switch_value(name))); });
+  }
+  // These two have defaults, so every child gets them.
+  words.insert(words.end(), {"--rot-count", std::to_string(options.number("rot-count")), "--anonymize-ip",
+                             std::string(to_text(options.switch_value("anonymize-ip")))});
   return words;
 }
 
@@ -48,7 +45,8 @@ bool is_executable(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// Resolves a bare name. A name that is not found is returned unchanged, so that starting it reports the error.
+// Resolves a bare name like a shell, but searches the current directory first. The library's own search accepts
+// directories. A name that is not found is returned unchanged, so that starting it reports the error.
 std::string resolve_program(const std::string& program) {
   const char* path = std::getenv("PATH");
   if (program.find('/') != std::string::npos || is_executable(program) || path == nullptr) {
@@ -77,7 +75,7 @@ int run_child(const std::string& program, Words command) {
   }
   argv.push_back(nullptr);
   bp::child child(
-      bp::exe = "/",
+      bp::exe = "/", // Required by the library; on_setup replaces it.
       bp::extend::on_setup =
           [&](auto& executor) {
             executor.exe = program.c_str();

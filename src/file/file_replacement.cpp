@@ -24,11 +24,11 @@ constexpr mode_t kMode = 0644;
 
 FileReplacement::FileReplacement(const std::string& target) : target_(target), temp_path_(temporary_name(target)) {
   create_error_ = create();
-  remove_ = create_error_ == 0;
+  owns_temporary_file_ = create_error_ == 0;
 }
 
 FileReplacement::~FileReplacement() {
-  if (remove_) {
+  if (owns_temporary_file_) {
     unlink(temp_path_.get());
   }
 }
@@ -75,7 +75,7 @@ void FileReplacement::complete() {
 }
 
 void FileReplacement::rename_over_target() {
-  remove_ = false;
+  owns_temporary_file_ = false;
   if (::rename(temp_path_.get(), target_.c_str()) == -1) {
     throw std::filesystem::filesystem_error("cannot rename", temp_path_.get(), target_,
                                             std::error_code(errno, std::generic_category()));

@@ -47,7 +47,7 @@ private:
   const HeapText temp_path_;
   OutputStream output_;
   int create_error_ = 0;
-  bool remove_ = false;
+  bool owns_temporary_file_ = false;
 };
 
 } // namespace tavek

@@ -14,7 +14,7 @@ namespace tavek {
 /// after finish(). Only the constructor throws.
 class OutputStream {
 public:
-  /// Throws std::bad_alloc. The stream buffers output even before it is open.
+  /// Throws std::bad_alloc. Must be opened before the first 64 KiB are written.
   OutputStream();
 
   void open(FileDescriptor fd) { fd_ = std::move(fd); }

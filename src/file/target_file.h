@@ -12,7 +12,8 @@ namespace tavek {
 std::runtime_error failed_to_open(const std::string& path, int error);
 
 /// Throws std::runtime_error if `status`, the status of `path`, is that of a FIFO, a socket or a device. Opening one
-/// may block forever or have side effects, and a rename would replace the node.
+/// may block forever or have side effects, and a rename would replace the node. A directory is not refused, because
+/// reading it fails.
 void refuse_special_file(const std::string& path, const struct stat& status);
 
 /// Prepares `path` to be read and replaced. Creates an empty file, mode 0644 under the umask 022, if there is none.

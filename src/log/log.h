@@ -2,9 +2,12 @@
 
 // The panel's message sink: the one place in a process where the reports of its C-style libraries go.
 //
-// A report has a level: a syslog priority, 0 (emergency) to 7 (debug), or a larger number for a report that is dropped
-// unless the threshold is raised beyond the usual range. All state is process-wide and not thread-safe. Write errors
-// are ignored. Nothing here throws.
+// This program only sends reports through `log_hook`, in the initial state; the rest of this room is there for the
+// panel's other tools.
+//
+// A report has a level: a syslog priority, 0 (emergency) to 7 (debug), or a larger number for a report that the
+// console sink drops unless the threshold is raised beyond the usual range. All state is process-wide and not
+// thread-safe. Write errors are ignored. Nothing here throws.
 
 #include <array>
 #include <cstdarg>
@@ -21,7 +24,8 @@ using LogVHook __attribute__((format(printf, 2, 0))) = void (*)(int level, const
 void log_console(int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void log_vconsole(int level, const char* format, va_list args) __attribute__((format(printf, 2, 0)));
 
-/// The syslog sink. It adds the trace id if kLogTraced is set and there is an id.
+/// The syslog sink. The syslog mask drops reports here, not the threshold. It adds the trace id if kLogTraced is set
+/// and there is an id.
 void log_syslog(int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void log_vsyslog(int level, const char* format, va_list args) __attribute__((format(printf, 2, 0)));
 
@@ -37,7 +41,7 @@ inline constexpr int kLogLevelFromEnvironment = 8;
 struct LogState {
   LogHook log_hook = log_console;        ///< The sink for every report.
   LogVHook log_vhook = log_vconsole;     ///< The same, for callers that have a va_list.
-  int log_threshold = 6;                 ///< Reports with a higher level are dropped.
+  int log_threshold = 6;                 ///< The console sink drops reports with a higher level.
   const char* log_destination = nullptr; ///< Borrowed: "console", "stderr", any other text (silence), or null.
   int log_options = 1;                   ///< syslog's option bits (LOG_PID) and kLogTraced.
   int log_facility = 16;                 ///< syslog's facility (LOG_MAIL).

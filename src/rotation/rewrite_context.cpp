@@ -144,13 +144,13 @@ bool RewriteContext::end_of_input() {
     write_default_file(settings_, writer_);
     return false;
   }
-  return needs_second_pass();
+  return plan_second_pass();
 }
 
 // A closed stanza has every directive, so a second pass happens only if no stanza closes. It inserts the missing
 // directives after the stanza heads it finds. Neither the counters nor the scanner's start condition are reset, so the
 // second pass starts inside a stanza or a script and finds only heads that follow a stray brace.
-bool RewriteContext::needs_second_pass() {
+bool RewriteContext::plan_second_pass() {
   tally_.need_period += tally_.periods == 0 ? 1 : 0;
   tally_.need_rotate += tally_.rotates == 0 ? 1 : 0;
   tally_.need_compress += tally_.compresses == 0 ? 1 : 0;

@@ -13,8 +13,8 @@ namespace tavek {
 
 /// One rewrite in progress. Each method gets the text matched in the input and writes its replacement to the output.
 /// The job and the output are borrowed. Methods that write a period throw std::runtime_error for an unknown period
-/// type. In system mode only the period, the rotate directive and the anonymizing command are managed; other directives
-/// are copied.
+/// type. In system mode only the period, the rotate directive and the anonymizing command are managed; mailfirst and
+/// maillast are dropped, and other directives are copied.
 class RewriteContext {
 public:
   RewriteContext(const RewriteJob& job, OutputStream& output);
@@ -52,7 +52,7 @@ private:
   void replace_for_vhost(std::string_view text, Write write);
   void insert_needed();
   void add_lacking_vhost_directives();
-  bool needs_second_pass();
+  bool plan_second_pass();
 
   const RewriteJob& job_;
   const RotationSettings& settings_;

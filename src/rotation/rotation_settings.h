@@ -25,8 +25,8 @@ struct RotationSettings {
 struct RewriteJob {
   std::string config_path; ///< The rotation file to rewrite.
   RotationSettings settings;
-  std::vector<std::string> target_logs; ///< Logs whose stanzas are edited.
-  bool select_targets = false;          ///< Whether only the stanzas of `target_logs` are edited.
+  std::vector<std::string> target_logs; ///< Logs whose stanzas may get a new postrotate block.
+  bool select_targets = false;          ///< Whether only those stanzas may get one.
 };
 
 } // namespace tavek

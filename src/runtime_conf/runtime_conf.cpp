@@ -47,7 +47,7 @@ int runtime_conf_load() {
 }
 
 const char* runtime_conf_lookup(const char* name) {
-  if (state.loaded == nullptr && runtime_conf_load() != 0) {
+  if (runtime_conf_load() != 0) {
     return nullptr;
   }
   return runtime_conf_find(state.loaded, name);

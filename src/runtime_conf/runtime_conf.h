@@ -2,9 +2,10 @@
 
 // The panel's runtime configuration: the paths of its installation by key, with compile-time defaults.
 //
-// The file /etc/oru/oru.conf is read once per process. Returned strings are borrowed: they point into the store or the
-// table of defaults and are valid until the process ends. Problems are reported through `log_hook`. A missing or
-// malformed file is never fatal because every key has a default. Not thread-safe.
+// The file /etc/oru/oru.conf is loaded once per process; while it cannot be loaded, every call tries again. Returned
+// strings are borrowed: they point into the store or the table of defaults and are valid until the process ends.
+// Problems are reported through `log_hook`. A missing or malformed file is never fatal because every key has a default.
+// Not thread-safe.
 
 namespace tavek {
 

@@ -12,8 +12,6 @@ namespace tavek {
 
 namespace {
 
-constexpr int kQuietLevel = 12; // Dropped by default: a user of the tool need not know that defaults apply.
-
 bool is_space(char c) {
   return isspace(static_cast<unsigned char>(c)) != 0;
 }

@@ -13,8 +13,6 @@ namespace tavek {
 namespace {
 
 constexpr std::uint64_t kFirstCapacity = 20;
-constexpr int kQuietLevel = 12; // Above every usual threshold: dropped unless the threshold is raised on purpose.
-
 int compare_names(const void* left, const void* right) {
   return strcmp(static_cast<const RuntimeConfEntry*>(left)->name, static_cast<const RuntimeConfEntry*>(right)->name);
 }

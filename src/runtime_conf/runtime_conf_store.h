@@ -9,6 +9,10 @@
 
 namespace tavek {
 
+/// The level of reports on the file, which the usual thresholds drop: a user of the tool need not know that defaults
+/// apply.
+inline constexpr int kQuietLevel = 12;
+
 /// One definition; both strings are owned.
 struct RuntimeConfEntry {
   char* name;
