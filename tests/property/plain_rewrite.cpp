@@ -18,7 +18,7 @@ class PlainRewrite {
 public:
   PlainRewrite(std::string_view input, const RewriteJob& job) : input_(input), job_(job) {}
 
-  RewriteResult run() {
+  std::string run() {
     pass();
     if (!settings_.system_mode && stanzas_ == 0) {
       default_file();
@@ -26,7 +26,7 @@ public:
       output_.clear();
       pass();
     }
-    return {output_, "", passes_};
+    return output_;
   }
 
 private:
@@ -37,7 +37,6 @@ private:
   };
 
   void pass() {
-    ++passes_;
     for (std::size_t at = 0; at < input_.size();) {
       const bool line_start = at == 0 || input_[at - 1] == '\n';
       at += step(input_.substr(at), line_start);
@@ -234,7 +233,6 @@ private:
   const RewriteJob& job_;
   const RotationSettings& settings_ = job_.settings;
   std::string output_;
-  int passes_ = 0;
   Place place_ = Place::outside;
   int stanzas_ = 0;
   std::array<int, kinds> written_{};
@@ -246,11 +244,11 @@ private:
 
 } // namespace
 
-RewriteResult plain_rewrite(std::string_view input, const RewriteJob& job) {
+std::string plain_rewrite(std::string_view input, const RewriteJob& job) {
   try {
     return PlainRewrite(input, job).run();
   } catch (const std::runtime_error& error) {
-    return {"", error.what(), 0};
+    return std::string("error: ") + error.what();
   }
 }
 

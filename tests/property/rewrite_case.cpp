@@ -1,26 +1,9 @@
 #include "rewrite_case.h"
 
 #include <numeric>
-#include <ostream>
+#include <rapidcheck.h>
 
 namespace tavek {
-namespace {
-
-constexpr std::size_t kLongPiece = 16;
-
-rc::Seq<std::string> halves(const std::string& piece) {
-  return piece.size() < kLongPiece ? rc::Seq<std::string>() : rc::seq::just(piece.substr(0, piece.size() / 2));
-}
-
-rc::Seq<RewriteCase> smaller_cases(const RewriteCase& rewrite) {
-  auto pieces =
-      rc::seq::concat(rc::shrink::removeChunks(rewrite.pieces), rc::shrink::eachElement(rewrite.pieces, halves));
-  return rc::seq::map(std::move(pieces), [job = rewrite.job](std::vector<std::string>&& fewer) {
-    return RewriteCase{std::move(fewer), job};
-  });
-}
-
-} // namespace
 
 std::string RewriteCase::text() const {
   return std::accumulate(pieces.begin(), pieces.end(), std::string());
@@ -41,14 +24,6 @@ std::ostream& operator<<(std::ostream& out, const RewriteCase& rewrite) {
   out << ", select_targets " << rewrite.job.select_targets << ", target_logs ";
   rc::show(rewrite.job.target_logs, out);
   return out;
-}
-
-rc::Gen<RewriteCase> rewrite_cases(MakeRewriteCase make) {
-  return [make](const rc::Random& random, int size) {
-    Dice dice(random);
-    return rc::shrinkable::shrinkRecur(make(dice, static_cast<std::size_t>(size)),
-                                       [](const RewriteCase& rewrite) { return smaller_cases(rewrite); });
-  };
 }
 
 } // namespace tavek

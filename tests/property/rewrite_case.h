@@ -1,18 +1,15 @@
 #pragma once
 
-// One rewrite to try: a text and the settings to rewrite it with.
-
 #include <iosfwd>
-#include <rapidcheck.h>
 #include <string>
 #include <vector>
 
-#include "dice.h"
 #include "rotation/rotation_settings.h"
 
 namespace tavek {
 
-/// The text is kept in the pieces that it was put together from, so that a failing case shrinks by whole pieces.
+/// The content of a file and the settings to rewrite it with. The content is kept in pieces so that a failing random
+/// case can shrink by whole pieces.
 struct RewriteCase {
   std::vector<std::string> pieces;
   RewriteJob job;
@@ -20,13 +17,7 @@ struct RewriteCase {
   std::string text() const;
 };
 
-/// Prints the text, escaped, and the settings: what rapidcheck shows of a case that fails.
+/// Prints the text, escaped, and the settings.
 std::ostream& operator<<(std::ostream& out, const RewriteCase& rewrite);
-
-/// Makes a case by rolling dice; `size` says how much of it.
-using MakeRewriteCase = RewriteCase (*)(Dice& dice, std::size_t size);
-
-/// The cases that `make` makes. They shrink by leaving out pieces and by halving long ones.
-rc::Gen<RewriteCase> rewrite_cases(MakeRewriteCase make);
 
 } // namespace tavek

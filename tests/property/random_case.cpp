@@ -1,16 +1,43 @@
-#include "troubled_case.h"
+#include "random_case.h"
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
+#include <iterator>
+#include <string>
 #include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace tavek {
 namespace {
 
 using namespace std::string_view_literals;
 
+// Draws directly from rapidcheck's random numbers, which is much faster than one rapidcheck generator per choice.
+class Dice {
+public:
+  explicit Dice(const rc::Random& random) : random_(random) {}
+
+  /// 0 to `count` - 1.
+  std::size_t below(std::size_t count) { return static_cast<std::size_t>(random_.next() % count); }
+
+  bool one_in(std::size_t count) { return below(count) == 0; }
+  bool coin() { return one_in(2); }
+
+  /// An element of a table.
+  template <typename Table>
+  const auto& of(const Table& table) {
+    return *(std::begin(table) + below(std::size(table)));
+  }
+
+private:
+  rc::Random random_;
+};
+
 // clang-format off
-// A piece of text that begins or ends something, or just fails to. What matters most stands here more than once.
+// Pieces that start or end a construct, or almost do. The most important ones are listed more than once.
 constexpr std::string_view kFragments[] = {
     "/"sv, "/"sv, "{"sv, "{\n"sv, "{\n"sv, "}"sv, "}"sv, "}\n"sv, "#"sv, "#"sv, "\n"sv, "\n"sv, "\n"sv, "\r"sv,
     "\r\n"sv, "\0"sv, "\0"sv, " "sv, "\t"sv, " \t "sv, "\v"sv, "\f"sv, "a"sv, "no"sv, "\""sv, "\xef\xbb\xbf"sv,
@@ -20,7 +47,7 @@ constexpr std::string_view kFragments[] = {
     "\tendscript\n"sv, "/x/anonymize_ip a\n"sv, "\t/x/anonymize_ip a\n"sv, "mailfirst"sv, "anonymize_ip"sv,
 };
 
-// What a line may start with.
+// First words of a line.
 constexpr std::string_view kWords[] = {
     "size"sv, "daily"sv, "weekly"sv, "monthly"sv, "yearly"sv, "hourly"sv, "minsize"sv, "maxsize"sv, "Daily"sv,
     "dail"sv, "dai\0ly"sv, "rotate"sv, "rotate"sv, "norotate"sv, "rotat"sv, "compress"sv, "nocompress"sv,
@@ -71,7 +98,7 @@ std::vector<std::string> any_pieces(Dice& dice, std::size_t most) {
   return pieces;
 }
 
-// A line's beginning, something over and over again, and a line's end.
+// The start of a line, one part repeated many times, and the end of a line.
 std::string long_piece(Dice& dice, std::size_t length) {
   std::string piece(dice.of(kIndents));
   piece.append(dice.of(kWords));
@@ -107,14 +134,14 @@ RewriteJob any_job(Dice& dice) {
   return job;
 }
 
-// The last line of a file that lacks its newline.
+// The last line of a file without a final newline.
 std::string unfinished_line(Dice& dice) {
   constexpr std::string_view ends[] = {""sv, " "sv, "\0"sv, " }"sv, " } \0 }"sv, " /x {"sv, "\r"sv};
   std::string line(dice.of(kIndents));
   return line.append(dice.of(kWords)).append(dice.of(ends));
 }
 
-// Makes it a stanza that nothing closes.
+// Turns the text into a stanza that never closes.
 void leave_unclosed(std::vector<std::string>& pieces) {
   for (std::string& piece : pieces) {
     std::erase(piece, '}');
@@ -132,13 +159,11 @@ RewriteCase with_any_end(Dice& dice, std::vector<std::string> pieces) {
   return {std::move(pieces), any_job(dice)};
 }
 
-} // namespace
-
-RewriteCase troubled_case(Dice& dice, std::size_t size) {
+RewriteCase random_case(Dice& dice, std::size_t size) {
   return with_any_end(dice, any_pieces(dice, size));
 }
 
-RewriteCase long_troubled_case(Dice& dice, std::size_t size) {
+RewriteCase long_random_case(Dice& dice, std::size_t size) {
   constexpr std::size_t bytes_per_size = 2000;
   std::vector<std::string> pieces = any_pieces(dice, size);
   for (std::size_t count = 1 + dice.below(3); count > 0; --count) {
@@ -146,6 +171,77 @@ RewriteCase long_troubled_case(Dice& dice, std::size_t size) {
     pieces.insert(at, long_piece(dice, dice.below(bytes_per_size * size + 1)));
   }
   return with_any_end(dice, std::move(pieces));
+}
+
+// About half of the lines, in any order.
+std::string well_formed_stanza(Dice& dice) {
+  constexpr std::string_view heads[] = {"/x {\n"sv, "  /a/*.log /b {\n"sv, "\"/a b\"{\n"sv, "# /x {\n/x\n/y\n\t{\n"sv};
+  constexpr std::string_view lines[] = {
+      "  monthly # often\n"sv, "rotate\t7 \n"sv,
+      "  nocompress \n"sv,     "\tmissingok\n"sv,
+      "copytruncate\t\n"sv,    "maillast\n mail a@b.c \n"sv,
+      "\tdelaycompress\n"sv,   "\tolddir /old {\n"sv,
+      "# \xff {\r\n"sv,        "postrotate\n\tdaily\n\t{ kill 1; }\n/x/anonymize_ip $*\n endscript \n"sv,
+  };
+  std::vector<std::string_view> chosen;
+  for (const auto line : lines) {
+    if (dice.coin()) {
+      chosen.insert(chosen.begin() + static_cast<std::ptrdiff_t>(dice.below(chosen.size() + 1)), line);
+    }
+  }
+  std::string stanza(dice.of(heads));
+  for (const auto line : chosen) {
+    stanza.append(line);
+  }
+  return stanza.append("}\n");
+}
+
+RewriteCase well_formed_case(Dice& dice, std::size_t size) {
+  constexpr std::pair<std::string_view, std::string_view> periods[] = {
+      {"by_time", "daily"}, {"by_time", "monthly"}, {"by_size", "10M"}, {"by_size", "daily"}, {"", ""}, {"", "weekly"}};
+  RewriteCase rewrite{{}, any_job(dice)};
+  for (std::size_t stanzas = dice.below(size / 8 + 2); stanzas > 0; --stanzas) {
+    rewrite.pieces.push_back(well_formed_stanza(dice));
+  }
+  RotationSettings& settings = rewrite.job.settings;
+  std::tie(settings.period_type, settings.period) = dice.of(periods);
+  settings.anonymize = dice.coin() ? Switch::keep : Switch::off;
+  return rewrite;
+}
+
+rc::Seq<std::string> halves(const std::string& piece) {
+  constexpr std::size_t long_piece = 16;
+  return piece.size() < long_piece ? rc::Seq<std::string>() : rc::seq::just(piece.substr(0, piece.size() / 2));
+}
+
+rc::Seq<RewriteCase> smaller_cases(const RewriteCase& rewrite) {
+  auto pieces =
+      rc::seq::concat(rc::shrink::removeChunks(rewrite.pieces), rc::shrink::eachElement(rewrite.pieces, halves));
+  return rc::seq::map(std::move(pieces), [job = rewrite.job](std::vector<std::string>&& fewer) {
+    return RewriteCase{std::move(fewer), job};
+  });
+}
+
+// Cases shrink by dropping pieces and by halving long ones.
+rc::Gen<RewriteCase> cases_from(RewriteCase (*make)(Dice& dice, std::size_t size)) {
+  return [make](const rc::Random& random, int size) {
+    Dice dice(random);
+    return rc::shrinkable::shrinkRecur(make(dice, static_cast<std::size_t>(size)), &smaller_cases);
+  };
+}
+
+} // namespace
+
+rc::Gen<RewriteCase> random_cases() {
+  return cases_from(random_case);
+}
+
+rc::Gen<RewriteCase> long_random_cases() {
+  return cases_from(long_random_case);
+}
+
+rc::Gen<RewriteCase> well_formed_cases() {
+  return cases_from(well_formed_case);
 }
 
 } // namespace tavek
