@@ -1,6 +1,6 @@
 #pragma once
 
-// How a fuzz target says that something is wrong.
+// How a fuzz target reports a finding.
 
 #include <cstdio>
 #include <cstdlib>
@@ -9,7 +9,7 @@
 
 namespace tavek {
 
-/// Ends the run as a finding, with a message and the two texts that should be the same, unless they are.
+/// Prints a message and both strings and aborts if they differ.
 inline void expect_same(std::string_view what, std::string_view expected, std::string_view actual) {
   if (expected == actual) {
     return;
@@ -20,7 +20,7 @@ inline void expect_same(std::string_view what, std::string_view expected, std::s
   std::abort();
 }
 
-/// Ends the run as a finding unless `condition` holds.
+/// Prints a message and aborts if `condition` is false.
 inline void expect(bool condition, std::string_view what) {
   expect_same(what, "true", condition ? "true" : "false");
 }

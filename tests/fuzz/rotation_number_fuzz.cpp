@@ -1,7 +1,8 @@
-// The reader of the rotation number in a path, compared with a model that reads the path backwards by index.
+// Compares the parser of the rotation number in a path with a model that reads the path backwards by index.
 //
-// An input begins with a digit that picks the rotation count; the path follows.
+// An input starts with a digit that selects the rotation count. The path follows.
 
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -17,34 +18,10 @@ namespace tavek {
 
 namespace {
 
-constexpr int kCounts[] = {0, 1, 2, 3, -1, -3, 2147483647, -2147483647 - 1};
+constexpr int kCounts[] = {0, 1, 2, 3, -1, -3, INT_MAX, INT_MIN};
 
-/// An answer, "yes", "no" or "out of range", with the complaint in front of it.
+/// "yes", "no" or "out of range", after the line printed on standard error, if any.
 using Answer = std::string;
-
-// A number as the C library reads it, from the start of a text: white space, a sign, digits.
-struct PlainNumber {
-  explicit PlainNumber(const std::string& text) {
-    while (used < text.size() && std::string_view(" \t\n\v\f\r").find(text[used]) != std::string_view::npos) {
-      ++used;
-    }
-    const bool negative = text[used] == '-';
-    used += negative || text[used] == '+' ? 1 : 0;
-    for (; text[used] >= '0' && text[used] <= '9'; ++used) {
-      has_digits = true;
-      magnitude = magnitude > kBeyond ? magnitude : magnitude * 10 + (text[used] - '0');
-    }
-    value = negative ? -magnitude : magnitude;
-  }
-
-  bool in_range() const { return value >= -2147483648LL && value <= 2147483647LL; }
-
-  static constexpr long long kBeyond = 2147483648LL;
-  long long magnitude = 0;
-  long long value = 0;
-  std::size_t used = 0;
-  bool has_digits = false;
-};
 
 Answer plain_answer(const std::string& path, int count) {
   const bool compressed = path.size() >= 3 && path.compare(path.size() - 3, 3, ".gz") == 0;
@@ -57,20 +34,21 @@ Answer plain_answer(const std::string& path, int count) {
     return "Suffix not found in '" + path + "'\nno";
   }
   const std::string suffix = path.substr(static_cast<std::size_t>(dot) + 1, static_cast<std::size_t>(end - dot));
-  const PlainNumber number(suffix);
-  if (!number.has_digits) {
+  char* rest = nullptr;
+  const long long number = std::strtoll(suffix.c_str(), &rest, 10); // Saturates far outside the range of int.
+  if (rest == suffix.c_str()) {
     return "Failed to parse suffix '" + suffix + "' (" + path + ")\nno";
   }
-  if (!number.in_range()) {
+  if (number < INT_MIN || number > INT_MAX) {
     return "out of range";
   }
-  if (number.used != suffix.size()) {
+  if (*rest != '\0') {
     return "Failed to parse suffix '" + suffix + "' completely (" + path + ")\nno";
   }
-  return count < number.value ? "yes" : "no";
+  return count < number ? "yes" : "no";
 }
 
-// Standard error is a variable: while this lives, what is printed there is collected.
+// Collects the output on standard error. The C library lets a program assign stderr.
 class CollectedErrors {
 public:
   CollectedErrors() { stderr = open_memstream(&text_, &size_); }
@@ -120,7 +98,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   const int count = tavek::kCounts[data[0] % std::size(tavek::kCounts)];
   const std::string input(reinterpret_cast<const char*>(data) + 1, size - 1);
-  const std::string path = input.substr(0, input.find('\0')); // A path holds no NUL.
-  tavek::expect_same("is it beyond the count", tavek::plain_answer(path, count), tavek::actual_answer(path, count));
+  const std::string path = input.substr(0, input.find('\0')); // A path contains no NUL.
+  tavek::expect_same("whether the number is beyond the count", tavek::plain_answer(path, count),
+                     tavek::actual_answer(path, count));
   return 0;
 }

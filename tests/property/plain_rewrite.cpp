@@ -11,7 +11,7 @@ namespace {
 
 enum class Place { outside, stanza, script };
 
-// The directives that are counted.
+// The directives that are counted, and their number.
 enum Kind { period, rotate, compress, mail, missingok, anonymizer, kinds };
 
 class PlainRewrite {
@@ -31,8 +31,8 @@ public:
 
 private:
   struct Rule {
-    bool applies; // Where the rewrite stands now.
-    PlainPattern pattern;
+    bool applies; // In the current start condition.
+    plain_pattern::Pattern pattern;
     void (PlainRewrite::*action)(std::string_view text);
   };
 
@@ -236,7 +236,7 @@ private:
   Place place_ = Place::outside;
   int stanzas_ = 0;
   std::array<int, kinds> written_{};
-  std::array<bool, kinds> needed_{}; // By the second pass, at each stanza's head.
+  std::array<bool, kinds> needed_{}; // To be written at each stanza head of the second pass.
   bool copytruncate_pending_ = false;
   bool targeted_ = true;
   std::string last_period_;
