@@ -48,43 +48,22 @@ Answer plain_answer(const std::string& path, int count) {
   return count < number ? "yes" : "no";
 }
 
-// Collects the output on standard error. The C library lets a program assign stderr.
-class CollectedErrors {
-public:
-  CollectedErrors() { stderr = open_memstream(&text_, &size_); }
-  ~CollectedErrors() {
-    close();
-    std::free(text_);
-  }
-  CollectedErrors(const CollectedErrors&) = delete;
-  CollectedErrors& operator=(const CollectedErrors&) = delete;
-
-  std::string text() {
-    close();
-    return {text_, size_};
-  }
-
-private:
-  void close() {
-    if (stderr != before_) {
-      std::fclose(stderr);
-      stderr = before_;
-    }
-  }
-
-  FILE* const before_ = stderr;
-  char* text_ = nullptr;
-  std::size_t size_ = 0;
-};
-
 Answer actual_answer(const std::string& path, int count) {
-  CollectedErrors errors;
+  char* complaint = nullptr;
+  std::size_t size = 0;
+  FILE* const before = stderr;
+  stderr = open_memstream(&complaint, &size); // The C library allows it.
+  Answer answer;
   try {
-    const bool beyond = is_beyond_rotation_count(path, count);
-    return errors.text() + (beyond ? "yes" : "no");
+    answer = is_beyond_rotation_count(path, count) ? "yes" : "no";
   } catch (const std::out_of_range&) {
-    return errors.text() + "out of range";
+    answer = "out of range";
   }
+  std::fclose(stderr);
+  stderr = before;
+  answer.insert(0, complaint, size);
+  std::free(complaint);
+  return answer;
 }
 
 } // namespace

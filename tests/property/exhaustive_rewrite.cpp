@@ -1,9 +1,9 @@
 // Compares the program's rewrite with the plain rules on every short input over small alphabets.
 //
-//   exhaustive_rewrite [--full]      shorter inputs without --full
+//   exhaustive_rewrite [--full]      longer inputs with --full, for minutes
 //
-// An input is a prefix followed by a sequence of tokens. Shorter sequences come first, so the first difference is also
-// one of the shortest. It is printed and ends the run. Other arguments are ignored.
+// An input is a prefix followed by a sequence of tokens. The check stops at the first difference, prints it and exits
+// with 1. Shorter sequences come first, so no shorter input over that alphabet differs. Other arguments are ignored.
 
 #include <algorithm>
 #include <iomanip>
@@ -27,8 +27,8 @@ struct Alphabet {
   std::string_view name;
   std::string_view prefix;
   Tokens tokens;
-  int length;      // The longest sequence of tokens,
-  int full_length; // and with --full.
+  int length;      // Tokens in the longest input.
+  int full_length; // The same with --full.
 };
 
 constexpr std::string_view kStanza = "/x {\n";
@@ -36,8 +36,8 @@ constexpr std::string_view kStanza = "/x {\n";
 std::vector<Alphabet> alphabets() {
   // clang-format off
   std::vector<Alphabet> all = {
-      // The start and end of comments, stanza heads and stanzas. Each of them follows the start of the input, a newline, a
-      // carriage return, a NUL and a brace.
+      // The start and end of comments, stanza heads and stanzas, each after the start of the input, a newline, a carriage
+      // return, a NUL and a brace.
       {"bytes outside a stanza", "", {"#", "/", "{", "{\n", "}", "\n", "\r", "\0"sv}, 4, 6},
       // The bytes that end the first path of a head. In system mode that path selects stanzas for the anonymizer, which
       // shows at the closing brace.
