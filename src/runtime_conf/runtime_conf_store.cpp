@@ -13,6 +13,7 @@ namespace tavek {
 namespace {
 
 constexpr std::uint64_t kFirstCapacity = 20;
+
 int compare_names(const void* left, const void* right) {
   return strcmp(static_cast<const RuntimeConfEntry*>(left)->name, static_cast<const RuntimeConfEntry*>(right)->name);
 }

@@ -22,6 +22,8 @@ def options_of_manual(text):
 
 
 def keys_of_source(text):
+    root = re.search(r'^#define PRODUCT_ROOT "(.*)"$', text, re.M)[1]
+    text = text.replace('PRODUCT_ROOT "', f'"{root}').replace("PRODUCT_ROOT}", f'"{root}"}}')
     return {row for row in re.findall(r'\{"([^"]+)", "([^"]+)"\}', text) if not row[0].startswith("_")}
 
 
