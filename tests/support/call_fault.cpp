@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -17,7 +18,8 @@ CallFault* armed = nullptr;
 
 } // namespace
 
-CallFault::CallFault(Call call, std::function<int()> event) : call_(call), event_(std::move(event)) {
+CallFault::CallFault(Call call, std::function<int()> event, int nth)
+    : call_(call), event_(std::move(event)), nth_(nth) {
   armed = this;
 }
 
@@ -26,10 +28,9 @@ CallFault::~CallFault() {
 }
 
 bool CallFault::strikes(Call call) {
-  if (armed == nullptr || armed->call_ != call || armed->happened_) {
+  if (armed == nullptr || armed->call_ != call || ++armed->calls_ != armed->nth_) {
     return false;
   }
-  armed->happened_ = true;
   const int error = armed->event_();
   errno = error != 0 ? error : errno;
   return error != 0;
@@ -42,10 +43,17 @@ namespace {
 using tavek::Call;
 using tavek::CallFault;
 
-// The definition behind ours: the C library's, or a sanitizer's on the way to it.
+// The next definition after ours: the C library's, or that of a sanitizer, which calls the C library.
 template <typename Function>
 Function* next(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+bool allocation_fails() {
+  const int before = errno;
+  const bool fails = CallFault::strikes(Call::allocation);
+  errno = before;
+  return fails;
 }
 
 } // namespace
@@ -83,12 +91,17 @@ int fsync(int fd) {
   return CallFault::strikes(Call::fsync) ? -1 : fsync_next(fd);
 }
 
+ssize_t getdelim(char** lineptr, size_t* n, int delimiter, FILE* stream) {
+  static auto* const getdelim_next = next<ssize_t(char**, size_t*, int, FILE*)>("getdelim");
+  return CallFault::strikes(Call::getdelim) ? -1 : getdelim_next(lineptr, n, delimiter, stream);
+}
+
 off_t lseek(int fd, off_t offset, int whence) noexcept {
   static auto* const lseek_next = next<off_t(int, off_t, int)>("lseek");
   return CallFault::strikes(Call::lseek) ? -1 : lseek_next(fd, offset, whence);
 }
 
-// Only the linker knows it by its real name: the parameter is declared there under a name that is a keyword.
+// Under another name in C++, because clang-tidy wants a parameter named as in the header: `template`, a keyword.
 int temporary_file(char* name, int flags) asm("mkostemp");
 
 int temporary_file(char* name, int flags) {
@@ -113,8 +126,37 @@ ssize_t read(int fd, void* buf, size_t nbytes) {
   return CallFault::strikes(Call::read) ? -1 : read_next(fd, buf, nbytes);
 }
 
+int remove(const char* filename) noexcept {
+  static auto* const remove_next = next<int(const char*)>("remove");
+  return CallFault::strikes(Call::remove) ? -1 : remove_next(filename);
+}
+
 ssize_t write(int fd, const void* buf, size_t n) {
   static auto* const write_next = next<ssize_t(int, const void*, size_t)>("write");
   return CallFault::strikes(Call::write) ? -1 : write_next(fd, buf, n);
+}
+
+// The linker turns a reference to NAME into __wrap_NAME, and __real_NAME into one to NAME.
+void* real_malloc(size_t size) asm("__real_malloc");
+void* real_calloc(size_t count, size_t size) asm("__real_calloc");
+void* real_realloc(void* block, size_t size) asm("__real_realloc");
+char* real_strdup(const char* text) asm("__real_strdup");
+
+void* malloc_or_fail(size_t size) asm("__wrap_malloc");
+void* calloc_or_fail(size_t count, size_t size) asm("__wrap_calloc");
+void* realloc_or_fail(void* block, size_t size) asm("__wrap_realloc");
+char* strdup_or_fail(const char* text) asm("__wrap_strdup");
+
+void* malloc_or_fail(size_t size) {
+  return allocation_fails() ? nullptr : real_malloc(size);
+}
+void* calloc_or_fail(size_t count, size_t size) {
+  return allocation_fails() ? nullptr : real_calloc(count, size);
+}
+void* realloc_or_fail(void* block, size_t size) {
+  return allocation_fails() ? nullptr : real_realloc(block, size);
+}
+char* strdup_or_fail(const char* text) {
+  return allocation_fails() ? nullptr : real_strdup(text);
 }
 }

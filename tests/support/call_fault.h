@@ -1,38 +1,46 @@
 #pragma once
 
-// Faults of the operating system that no file or limit can bring about at will.
+// Makes one call of the C library fail. Use it for an error of the system that no real file, mode or limit can cause
+// exactly when a test needs it.
 //
-// The test program defines these calls of the C library itself, so that the code under test reaches them first. They
-// pass everything on unless a test has armed a fault.
+// The test program defines these functions itself, so a call from the code under test or from the C++ library arrives
+// here first and is passed on unless a fault strikes it. Only allocations are redirected by the linker instead, in the
+// linked objects alone: a definition of malloc would replace the allocator of the address sanitizer.
 
 #include <functional>
 
 namespace tavek {
 
-enum class Call { close, fchmod, fork, fstat, fsync, lseek, mkostemp, open, read, write };
+/// The functions that can fail; `allocation` stands for malloc, calloc, realloc and strdup.
+enum class Call { allocation, close, fchmod, fork, fstat, fsync, getdelim, lseek, mkostemp, open, read, remove, write };
 
-/// Strikes the next call of one function, once. One fault at a time.
+/// Strikes one call of a function: the next one, or the one with number `nth` from now on. Only one fault may exist at
+/// a time.
 class CallFault {
 public:
-  /// The call fails with `error`. A close that fails closes all the same, as the kernel's does.
-  CallFault(Call call, int error) : CallFault(call, [error] { return error; }) {}
+  /// The call fails with `error`. A failing close still closes, as the kernel's does. A failing allocation leaves errno
+  /// unchanged, so that a test sees whether the code sets it.
+  CallFault(Call call, int error, int nth = 1)
+      : CallFault(
+            call, [error] { return error; }, nth) {}
 
-  /// `event` happens right before the call, which fails with the error that it returns, or is made when that is 0.
-  CallFault(Call call, std::function<int()> event);
+  /// Runs `event` right before the call. The call fails with the error that `event` returns, or is made if that is 0.
+  CallFault(Call call, std::function<int()> event, int nth = 1);
   ~CallFault();
   CallFault(const CallFault&) = delete;
   CallFault& operator=(const CallFault&) = delete;
 
-  /// Whether the call was made.
-  bool happened() const { return happened_; }
+  /// Whether the fault has struck.
+  bool happened() const { return calls_ >= nth_; }
 
-  /// Tells an armed fault of a call. Returns whether that is to fail; errno is then set.
+  /// Called by the stand-ins: whether this call must fail. If so, errno is set.
   static bool strikes(Call call);
 
 private:
   const Call call_;
   const std::function<int()> event_;
-  bool happened_ = false;
+  const int nth_;
+  int calls_ = 0;
 };
 
 } // namespace tavek

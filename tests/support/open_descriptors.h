@@ -1,6 +1,6 @@
 #pragma once
 
-// What descriptors this process has.
+// The open file descriptors of this process.
 
 #include <fcntl.h>
 #include <filesystem>
@@ -16,11 +16,11 @@ inline std::ptrdiff_t open_descriptors() {
   return std::distance(begin(descriptors), end(descriptors));
 }
 
-/// The flags of the descriptor of a file; nothing when the file is not open.
+/// The flags of the descriptor of the file at `path`; nothing if it is not open.
 inline std::optional<int> descriptor_flags(const std::string& path) {
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    std::error_code gone; // The descriptor by which the directory is read.
-    if (std::filesystem::read_symlink(entry.path(), gone) == path) {
+    std::error_code closed; // The directory iterator's own descriptor may be closed by now.
+    if (std::filesystem::read_symlink(entry.path(), closed) == path) {
       return fcntl(std::stoi(entry.path().filename()), F_GETFD);
     }
   }

@@ -22,19 +22,19 @@ inline std::string content_of(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// The permission bits of what stands at `path`, links followed.
+/// The permission bits of the file at `path`, links followed; 0 if there is none.
 inline mode_t mode_of(const std::string& path) {
   struct stat status {};
   return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
-/// `text` with "??????" for the part that was made up of the name of a temporary file beside `target`.
+/// `text` with the six random characters in the name of a temporary file for `target` replaced by "??????".
 inline std::string masked(std::string text, const std::string& target) {
   const std::size_t name = text.find(target + ".");
   return name == std::string::npos ? text : text.replace(name + target.size() + 1, 6, "??????");
 }
 
-/// A fresh, empty directory, removed with all that is in it.
+/// A new, empty directory, removed at the end with everything in it.
 class TemporaryDirectory {
 public:
   TemporaryDirectory() : path_(testing::TempDir() + "tavek.XXXXXX") {
@@ -51,11 +51,12 @@ public:
 
   const std::string& path() const { return path_; }
 
-  /// The path of that name in the directory, whether there is anything or not.
+  /// The path of that name in the directory; nothing need exist there.
   std::string operator/(const std::string& name) const { return path_ + "/" + name; }
 
-  /// Writes a file, mode 0644 under the usual mask, and returns its path.
+  /// Writes a file, mode 0644 under the usual mask, and its missing parent directories. Returns its path.
   std::string write(const std::string& name, const std::string& content) const {
+    std::filesystem::create_directories(std::filesystem::path(*this / name).parent_path());
     std::ofstream(*this / name, std::ios::binary) << content;
     return *this / name;
   }

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <set>
 #include <stdexcept>
@@ -5,8 +6,8 @@
 #include <vector>
 
 #include "cleanup/rotated_log_cleanup.h"
+#include "support/call_fault.h"
 #include "unit/cleanup/cleanup_fixture.h"
-#include "unit/cleanup/refused_removal.h"
 
 namespace tavek {
 
@@ -57,7 +58,7 @@ TEST_F(CleanTargetLogs, ComplainsAboutANameThatEndsInADot) {
 
 TEST_F(CleanTargetLogs, GoesOnWhenTheSystemRefusesARemoval) {
   given({"a.9", "b.9"});
-  const test::RefusedRemoval refusal(path_of("a.9"));
+  const CallFault refusal(Call::remove, EACCES);
   EXPECT_EQ(complaints({"a", "b"}, 3), "Failed to remove '" + path_of("a.9") + "': Permission denied. Continue.\n");
   EXPECT_EQ(remaining(), Names{"a.9"});
 }

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
@@ -6,8 +7,8 @@
 #include <vector>
 
 #include "cleanup/rotated_log_cleanup.h"
+#include "support/call_fault.h"
 #include "unit/cleanup/cleanup_fixture.h"
-#include "unit/cleanup/refused_removal.h"
 
 namespace tavek {
 
@@ -125,7 +126,7 @@ TEST_F(CleanVhostLogs, RemovesALinkThatPointsNowhere) {
 TEST_F(CleanVhostLogs, GoesOnWhenTheSystemRefusesARemoval) {
   given({in_own_logs("error_log.5"), in_own_logs("error_log.6"), in_own_logs("error_log.7")});
   const std::string refused = path_of(in_own_logs("error_log.6"));
-  const test::RefusedRemoval refusal(refused);
+  const CallFault refusal(Call::remove, EACCES, 2);
   EXPECT_EQ(complaints("example.com", 3), "Failed to remove '" + refused + "': Permission denied. Continue.\n");
   EXPECT_EQ(remaining(), Names{in_own_logs("error_log.6")});
 }

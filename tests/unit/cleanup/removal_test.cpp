@@ -1,11 +1,12 @@
+#include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
 
 #include "cleanup/rotated_log_cleanup.h"
+#include "support/call_fault.h"
 #include "unit/cleanup/cleanup_fixture.h"
-#include "unit/cleanup/refused_removal.h"
 
 namespace tavek {
 
@@ -45,7 +46,7 @@ TEST_F(RemoveIfBeyondRotationCount, MindsNoFileThatIsGone) {
 
 TEST_F(RemoveIfBeyondRotationCount, ComplainsWhenTheSystemRefuses) {
   given({"error_log.4"});
-  const test::RefusedRemoval refused(path_of("error_log.4"));
+  const CallFault refused(Call::remove, EACCES);
   EXPECT_EQ(complaints_about("error_log.4", 3),
             "Failed to remove '" + path_of("error_log.4") + "': Permission denied. Continue.\n");
   EXPECT_EQ(remaining(), Names{"error_log.4"});

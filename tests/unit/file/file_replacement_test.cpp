@@ -11,7 +11,6 @@
 #include <sys/stat.h>
 
 #include "support/call_fault.h"
-#include "support/failing_allocation.h"
 #include "support/open_descriptors.h"
 #include "support/temporary_directory.h"
 
@@ -202,7 +201,7 @@ TEST_F(FileReplacementTest, SaysWhichFileItCouldNotCreate) {
 TEST_F(FileReplacementTest, WithoutMemoryForItsNameThereIsNoReplacement) {
   const std::string long_target = directory / std::string(200, 'x');
   for (const int nth : {1, 2}) {
-    const test::FailingAllocation failing(nth);
+    const CallFault failing(Call::allocation, ENOMEM, nth);
     EXPECT_THROW(FileReplacement{long_target}, std::bad_alloc) << nth;
   }
   EXPECT_EQ(directory.names(), Names{"target"});

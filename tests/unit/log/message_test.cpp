@@ -6,7 +6,7 @@
 #include <string>
 #include <unistd.h>
 
-#include "support/failing_allocation.h"
+#include "support/call_fault.h"
 #include "unit/log/fresh_log_state.h"
 #include "unit/log/recorded_streams.h"
 
@@ -14,7 +14,6 @@ namespace tavek {
 
 namespace {
 
-using test::FailingAllocation;
 using test::on_both_streams;
 using test::Writes;
 using test::written_by;
@@ -142,25 +141,25 @@ TEST_F(DieMessage, LosesASystemErrorThatDoesNotFit) {
 }
 
 TEST_F(DieMessage, AllocatesOnceForAMessageOfUpTo4095Characters) {
-  const FailingAllocation second(2);
+  const CallFault second(Call::allocation, ENOMEM, 2);
   EXPECT_EQ(written(0, std::string(4095, 'm')), on_both_streams(std::string(4095, 'm') + "\n"));
 }
 
 TEST_F(DieMessage, CutsALongMessageWhenMemoryRunsOut) {
-  const FailingAllocation second(2);
+  const CallFault second(Call::allocation, ENOMEM, 2);
   EXPECT_EQ(written(ENOENT, std::string(5000, 'm')), on_both_streams(std::string(4095, 'm') + "\n"));
 }
 
 TEST_F(DieMessage, SaysSoWhenThereIsNoMemoryAtAll) {
   log_state().program_path = "tool";
-  const FailingAllocation first(1);
+  const CallFault first(Call::allocation, ENOMEM);
   EXPECT_EQ(written(ENOENT, "text"), on_both_streams("tool: Can't allocate memory for error message\n"));
 }
 
 TEST_F(DieMessage, ExitsWithItsStatusAlsoWithoutMemory) {
   const auto die = [] {
     join_streams();
-    const FailingAllocation first(1);
+    const CallFault first(Call::allocation, ENOMEM);
     die_message(6, 0, "text");
   };
   const std::string line = "Can't allocate memory for error message\n";

@@ -3,14 +3,13 @@
 #include <wchar.h>
 
 #include "log/strbuf.h"
-#include "support/failing_allocation.h"
+#include "support/call_fault.h"
 #include "unit/log/strbuf_fixture.h"
 
 namespace tavek {
 
 namespace {
 
-using test::FailingAllocation;
 using test::repeated;
 
 class StrbufPrintf : public test::StrbufFixture {};
@@ -33,7 +32,7 @@ TEST_F(StrbufPrintf, AddsNothing) {
 }
 
 TEST_F(StrbufPrintf, UsesTheWholeRoomWithoutGrowing) {
-  const FailingAllocation second(2);
+  const CallFault second(Call::allocation, ENOMEM, 2);
   EXPECT_NE(strbuf_printf(&text, &room, "%s", repeated(79).c_str()), nullptr);
   expect(repeated(79), 0);
 }
@@ -52,7 +51,7 @@ TEST_F(StrbufPrintf, FormatsTheSameArgumentsAgainAfterGrowing) {
 
 TEST_F(StrbufPrintf, KeepsTextAndRoomWhenItCannotGrow) {
   append("text");
-  const FailingAllocation first(1);
+  const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
   EXPECT_EQ(strbuf_printf(&text, &room, "%s", repeated(76).c_str()), nullptr);
   EXPECT_EQ(errno, ENOMEM);
@@ -60,7 +59,7 @@ TEST_F(StrbufPrintf, KeepsTextAndRoomWhenItCannotGrow) {
 }
 
 TEST_F(StrbufPrintf, StaysNullWhenThereIsNoMemoryToBegin) {
-  const FailingAllocation first(1);
+  const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
   EXPECT_EQ(strbuf_printf(&text, &room, "%d", 5), nullptr);
   EXPECT_EQ(errno, ENOMEM);

@@ -4,14 +4,13 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 
-#include "support/failing_allocation.h"
+#include "support/call_fault.h"
 #include "unit/log/strbuf_fixture.h"
 
 namespace tavek {
 
 namespace {
 
-using test::FailingAllocation;
 using test::repeated;
 
 class Strbuf : public test::StrbufFixture {};
@@ -30,7 +29,7 @@ TEST_F(Strbuf, IsNotInitialisedTwice) {
 }
 
 TEST_F(Strbuf, StaysNullWhenThereIsNoMemoryToBegin) {
-  const FailingAllocation first(1);
+  const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
   EXPECT_EQ(strbuf_init(&text, &room), nullptr);
   EXPECT_EQ(errno, ENOMEM);
@@ -41,10 +40,10 @@ TEST_F(Strbuf, StaysNullWhenThereIsNoMemoryToBegin) {
 TEST_F(Strbuf, ReservesNothingThatItHas) {
   init();
   char* const before = text;
-  const FailingAllocation counted(0);
+  const CallFault counted(Call::allocation, ENOMEM);
   EXPECT_EQ(strbuf_reserve(&text, &room, 79), before);
   expect("", 79);
-  EXPECT_EQ(counted.calls(), 0);
+  EXPECT_FALSE(counted.happened());
 }
 
 TEST_F(Strbuf, GrowsByEightyWhenLessIsMissing) {
@@ -69,7 +68,7 @@ TEST_F(Strbuf, GrowsByWhatIsMissingWhenThatIsMore) {
 
 TEST_F(Strbuf, KeepsTextAndRoomWhenItCannotGrow) {
   append("text");
-  const FailingAllocation first(1);
+  const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
   EXPECT_EQ(strbuf_reserve(&text, &room, 500), nullptr);
   EXPECT_EQ(errno, ENOMEM);
@@ -78,7 +77,7 @@ TEST_F(Strbuf, KeepsTextAndRoomWhenItCannotGrow) {
 
 TEST_F(Strbuf, RefusesASizeThatDoesNotFit) {
   append("text");
-  const FailingAllocation counted(0);
+  const CallFault counted(Call::allocation, ENOMEM);
   // The block would have 4 + 1 + SIZE_MAX bytes.
   errno = 0;
   EXPECT_EQ(strbuf_reserve(&text, &room, SIZE_MAX), nullptr);
@@ -87,17 +86,17 @@ TEST_F(Strbuf, RefusesASizeThatDoesNotFit) {
   errno = 0;
   EXPECT_EQ(strbuf_reserve(&text, &room, SIZE_MAX - 4), nullptr);
   EXPECT_EQ(errno, ERANGE);
-  EXPECT_EQ(counted.calls(), 0);
+  EXPECT_FALSE(counted.happened());
   expect("text", 75);
 }
 
 TEST_F(Strbuf, AsksTheAllocatorForTheLargestSizeThatFits) {
   append("text");
-  const FailingAllocation first(1);
+  const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
   EXPECT_EQ(strbuf_reserve(&text, &room, SIZE_MAX - 5), nullptr);
   EXPECT_EQ(errno, ENOMEM);
-  EXPECT_EQ(first.calls(), 1);
+  EXPECT_TRUE(first.happened());
 }
 
 TEST_F(Strbuf, RefusesARoomThatDoesNotFit) {
@@ -119,7 +118,7 @@ TEST_F(Strbuf, AppendsAndCountsTheRoomDown) {
 }
 
 TEST_F(Strbuf, AppendsWithoutGrowingUntilTheRoomIsUsedUp) {
-  const FailingAllocation second(2);
+  const CallFault second(Call::allocation, ENOMEM, 2);
   append(repeated(79));
   expect(repeated(79), 0);
 }
@@ -139,7 +138,7 @@ TEST_F(Strbuf, AppendsALongStringExactly) {
 
 TEST_F(Strbuf, KeepsTheTextWhenAnAppendedOneFindsNoMemory) {
   append("text");
-  const FailingAllocation first(1);
+  const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
   EXPECT_EQ(strbuf_append(&text, &room, repeated(76).c_str()), nullptr);
   EXPECT_EQ(errno, ENOMEM);
@@ -147,7 +146,7 @@ TEST_F(Strbuf, KeepsTheTextWhenAnAppendedOneFindsNoMemory) {
 }
 
 TEST_F(Strbuf, AppendsNothingWhenThereIsNoMemoryToBegin) {
-  const FailingAllocation first(1);
+  const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
   EXPECT_EQ(strbuf_append(&text, &room, "text"), nullptr);
   EXPECT_EQ(errno, ENOMEM);

@@ -1,10 +1,11 @@
 #include "rotation/rotation_scanner.h"
 
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <new>
 #include <stdexcept>
 
-#include "support/failing_allocation.h"
+#include "support/call_fault.h"
 #include "support/temporary_directory.h"
 #include "unit/rotation/captured_output.h"
 #include "unit/rotation/rotation_scanner_rows.h"
@@ -255,7 +256,7 @@ TEST(RotationScanner, CannotBeMadeWithoutMemory) {
   const RewriteJob job;
   CapturedOutput output;
   RewriteContext context(job, output.stream());
-  const test::FailingAllocation first(1);
+  const CallFault first(Call::allocation, ENOMEM);
   EXPECT_THROW(RotationScanner{context}, std::bad_alloc);
 }
 

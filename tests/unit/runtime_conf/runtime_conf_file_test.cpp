@@ -6,8 +6,8 @@
 #include <unistd.h>
 #include <vector>
 
+#include "support/call_fault.h"
 #include "unit/runtime_conf/conf_file_fixture.h"
-#include "unit/runtime_conf/failing_getdelim.h"
 
 namespace tavek {
 
@@ -137,7 +137,7 @@ TEST_F(RuntimeConfFile, ReportsAReadError) {
 }
 
 TEST_F(RuntimeConfFile, SortsWhatItReadBeforeAReadError) {
-  const test::FailingGetdelim third(3);
+  const CallFault third(Call::getdelim, ENOMEM, 3);
   errno = 0;
   EXPECT_EQ(read("B 1\nA 2\nC 3\n"), -1);
   EXPECT_EQ(errno, ENOMEM);

@@ -5,7 +5,6 @@
 
 #include "log/log.h"
 #include "runtime_conf/runtime_conf_keys.h"
-#include "unit/runtime_conf/counted_comparisons.h"
 #include "unit/runtime_conf/fresh_process.h"
 
 namespace tavek {
@@ -44,24 +43,6 @@ TEST_F(RuntimeConfiguration, TellsWhatTheFileItselfDefines) {
 TEST_F(RuntimeConfiguration, DefinesNothingWithoutTheFile) {
   EXPECT_EQ(runtime_conf_file_value(HTTPD_VHOSTS_D), nullptr);
   EXPECT_EQ(runtime_conf_lookup("HTTPD_VHOSTS_D"), nullptr);
-}
-
-TEST_F(RuntimeConfiguration, SearchesAFoundValueOnlyOnce) {
-  write("HTTPD_VHOSTS_D /srv/vhosts\nOTHER x\n");
-  runtime_conf_load();
-  const char* first = nullptr;
-  const char* again = nullptr;
-  EXPECT_GT(test::comparisons_of([&first] { first = runtime_conf_get(HTTPD_VHOSTS_D); }), 0);
-  EXPECT_EQ(test::comparisons_of([&again] { again = runtime_conf_get(HTTPD_VHOSTS_D); }), 0);
-  EXPECT_EQ(again, first);
-}
-
-TEST_F(RuntimeConfiguration, SearchesAMissingValueEachTime) {
-  write("OTHER x\n");
-  runtime_conf_load();
-  for (int question = 0; question < 3; ++question) {
-    EXPECT_GT(test::comparisons_of([] { runtime_conf_get(HTTPD_VHOSTS_D); }), 0);
-  }
 }
 
 TEST_F(RuntimeConfiguration, LooksUpNamesOutsideTheKeySet) {
