@@ -1,30 +1,31 @@
 #include "cleanup/rotated_log_cleanup.h"
 
+#include <cerrno>
 #include <climits>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "unit/cleanup/cleanup_fixture.h"
+#include "support/call_fault.h"
+#include "support/configured_file.h"
+#include "support/temporary_directory.h"
 
 namespace tavek {
 
 namespace {
 
-using test::complaints_of;
+using Names = std::set<std::string>;
 
-/// The answer for a path, and what is said about it, below.
-struct Judged {
-  bool beyond;
-  std::string complaint;
-};
-
-Judged judge(const std::string& path, int rot_count) {
-  bool beyond = false;
-  const std::string complaint = complaints_of([&] { beyond = is_beyond_rotation_count(path, rot_count); });
-  return {beyond, complaint};
+// What `action` prints on standard error.
+template <typename Action>
+std::string complaints_of(const Action& action) {
+  testing::internal::CaptureStderr();
+  action();
+  return testing::internal::GetCapturedStderr();
 }
 
 struct NumberedPath {
@@ -32,121 +33,149 @@ struct NumberedPath {
   int rot_count;
 };
 
-void expect_all(const std::vector<NumberedPath>& paths, bool beyond) {
-  for (const auto& [path, rot_count] : paths) {
-    const Judged judged = judge(path, rot_count);
-    EXPECT_EQ(judged.beyond, beyond) << path << " with " << rot_count;
-    EXPECT_EQ(judged.complaint, "") << path;
+// Expects the same answer for all paths, without a complaint.
+void expect_answer(bool beyond, const std::vector<NumberedPath>& paths) {
+  for (const NumberedPath& row : paths) {
+    const auto check = [&] { EXPECT_EQ(is_beyond_rotation_count(row.path, row.rot_count), beyond) << row.path; };
+    EXPECT_EQ(complaints_of(check), "") << row.path;
   }
 }
 
+// Expects a complaint, and that the path is not beyond even the smallest count.
 void expect_complaint(const std::string& path, const std::string& complaint) {
-  const Judged judged = judge(path, INT_MIN);
-  EXPECT_FALSE(judged.beyond) << path;
-  EXPECT_EQ(judged.complaint, complaint);
+  EXPECT_EQ(complaints_of([&] { EXPECT_FALSE(is_beyond_rotation_count(path, INT_MIN)) << path; }), complaint);
 }
 
-void expect_out_of_range(const std::string& path) {
-  try {
-    is_beyond_rotation_count(path, 3);
-    ADD_FAILURE() << path << " is answered";
-  } catch (const std::out_of_range& error) {
-    EXPECT_STREQ(error.what(), "stoi");
+TEST(IsBeyondRotationCount, IsTrueForAGreaterNumber) {
+  expect_answer(true, {{"error_log.4", 3}, {"error_log.10", 3}, {"access_log.processed.12.gz", 11}, {".4.gz", 3}});
+}
+
+TEST(IsBeyondRotationCount, IsFalseForAnEqualOrSmallerNumber) {
+  expect_answer(false, {{"error_log.3", 3}, {"error_log.1", 3}, {"error_log.12.gz", 12}, {"a.2147483647", INT_MAX}});
+}
+
+TEST(IsBeyondRotationCount, ComparesNegativeNumbersAndCounts) {
+  expect_answer(true, {{"a.0", -1}, {"a.-2", -3}, {"a.-1", INT_MIN}});
+  expect_answer(false, {{"a.-2", -2}, {"a.-2", 5}, {"a.-2147483648", INT_MIN}});
+}
+
+TEST(IsBeyondRotationCount, ReadsTheNumberAfterTheLastDot) {
+  expect_answer(true, {{"a.1.9", 5}, {"a.9/b.1.9", 5}});
+  expect_answer(false, {{"a.9.1", 5}, {"a.9.1.gz", 5}});
+}
+
+TEST(IsBeyondRotationCount, AcceptsWhiteSpaceASignAndLeadingZeros) {
+  expect_answer(true, {{"a.\t\n5", 4}, {"a.+5", 4}, {"a. +010", 9}, {"a.0000000000005", 4}});
+  expect_answer(false, {{"a.010", 10}});
+}
+
+TEST(IsBeyondRotationCount, ThrowsForANumberThatDoesNotFitAnInt) {
+  for (const char* path : {"a.2147483648", "a.-2147483649", "a.123456789012.gz", "a.123456789012x"}) {
+    EXPECT_THROW(is_beyond_rotation_count(path, 3), std::out_of_range) << path;
   }
 }
 
-TEST(IsBeyondRotationCount, AnswersYesForAGreaterNumber) {
-  expect_all({{"error_log.4", 3},
-              {"error_log.4.gz", 3},
-              {"error_log.10", 3},
-              {"access_log.processed.12.gz", 11},
-              {"/var/log/a.log.5", 4},
-              {"a.1", 0},
-              {".4", 3},
-              {".4.gz", 3}},
-             true);
-}
-
-TEST(IsBeyondRotationCount, AnswersNoForAnEqualOrSmallerNumber) {
-  expect_all({{"error_log.3", 3},
-              {"error_log.3.gz", 3},
-              {"error_log.1", 3},
-              {"error_log.12.gz", 12},
-              {"error_log.0", 0},
-              {"error_log.2147483647", INT_MAX}},
-             false);
-}
-
-TEST(IsBeyondRotationCount, CountsEveryNumberFromZeroBeyondMinusOne) {
-  expect_all({{"a.0", -1}, {"a.1", -1}, {"a.0.gz", -1}}, true);
-}
-
-TEST(IsBeyondRotationCount, ComparesNegativeNumbers) {
-  expect_all({{"a.-2", -3}, {"a.-1", INT_MIN}}, true);
-  expect_all({{"a.-2", -2}, {"a.-2", -1}, {"a.-2", 5}, {"a.-2147483648", INT_MIN}}, false);
-}
-
-TEST(IsBeyondRotationCount, TakesTheNumberBehindTheLastDot) {
-  expect_all({{"a.1.9", 5}, {"a.9/b.1.9", 5}}, true);
-  expect_all({{"a.9.1", 5}, {"a.9.1.gz", 5}}, false);
-}
-
-TEST(IsBeyondRotationCount, ReadsDecimalNumbersWithSpaceSignAndZerosInFront) {
-  expect_all({{"a. 5", 4}, {"a.\t\n5", 4}, {"a.+5", 4}, {"a.005", 4}, {"a. +010", 9}}, true);
-  expect_all({{"a.010", 10}, {"a. 5", 5}}, false);
-}
-
-TEST(IsBeyondRotationCount, ReadsNumbersUpToTheEndsOfTheirRange) {
-  expect_all({{"a.2147483647", 5}, {"a.2147483647.gz", INT_MAX - 1}, {"a.0000000000005", 4}}, true);
-}
-
-TEST(IsBeyondRotationCount, LeavesANumberOutOfRangeToItsCaller) {
-  for (const char* path :
-       {"a.2147483648", "a.-2147483649", "a.123456789012.gz", "a.99999999999999999999999", "a.123456789012x"}) {
-    expect_out_of_range(path);
-  }
-}
-
-TEST(IsBeyondRotationCount, ComplainsWithoutADot) {
-  for (const std::string path : {"", "error_log", "5", ".gz", "/var/log/error_log", "5.gz", "error_log.gz"}) {
+TEST(IsBeyondRotationCount, ComplainsAboutAPathWithoutADot) {
+  for (const std::string path : {"", "error_log", "5", ".gz", "5.gz"}) {
     expect_complaint(path, "Suffix not found in '" + path + "'\n");
   }
 }
 
-TEST(IsBeyondRotationCount, ComplainsAboutASuffixThatIsNoNumber) {
+TEST(IsBeyondRotationCount, ComplainsAboutASuffixThatIsNotANumber) {
   const std::pair<std::string, std::string> paths[] = {
       {"access_log.processed.gz", "processed"},
-      {"access_log.processed", "processed"},
       {"error_log.", ""},
-      {"error_log..gz", ""},
-      {"error_log.5.", ""},
-      {".", ""},
       {"error_log.5.bz2", "bz2"},
       {"error_log.5.GZ", "GZ"},
-      {"error_log.5.xz", "xz"},
       {"error_log.5.gz.gz", "gz"},
-      {"error_log.gz.", ""},
-      {"a.-", "-"},
       {"a.- 5", "- 5"},
-      {"a.--5", "--5"},
       {"a.x5", "x5"},
-      {"a. ", " "},
       {"/srv/example.com/logs/error_log.gz", "com/logs/error_log"},
-      {"/srv/example.com/logs/error_log", "com/logs/error_log"},
   };
   for (const auto& [path, suffix] : paths) {
     expect_complaint(path, "Failed to parse suffix '" + suffix + "' (" + path + ")\n");
   }
 }
 
-TEST(IsBeyondRotationCount, ComplainsAboutANumberWithMoreBehindIt) {
+TEST(IsBeyondRotationCount, ComplainsAboutASuffixThatOnlyStartsWithANumber) {
   const std::pair<std::string, std::string> paths[] = {
-      {"a.3a", "3a"},     {"a.3a.gz", "3a"}, {"a.5/", "5/"},   {"a.5 ", "5 "},
-      {"a.0x10", "0x10"}, {"a.5-", "5-"},    {"a.5gz", "5gz"}, {"/srv/1.5/error_log.gz", "5/error_log"},
+      {"a.3a", "3a"}, {"a.3a.gz", "3a"}, {"a.5/", "5/"}, {"a.0x10", "0x10"}, {"/srv/1.5/error_log.gz", "5/error_log"},
   };
   for (const auto& [path, suffix] : paths) {
     expect_complaint(path, "Failed to parse suffix '" + suffix + "' completely (" + path + ")\n");
   }
+}
+
+// A directory with logs that is also the configured root of the virtual hosts.
+class RotatedLogCleanup : public testing::Test {
+protected:
+  void create(const Names& names) const {
+    for (const std::string& name : names) {
+      root.write(name, "");
+    }
+  }
+
+  Names remaining() const {
+    Names names;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root.path())) {
+      if (!entry.is_directory()) {
+        names.insert(entry.path().lexically_relative(root.path()));
+      }
+    }
+    return names;
+  }
+
+  const TemporaryDirectory root;
+
+private:
+  const TemporaryDirectory elsewhere_;
+  const ConfiguredFile configuration_{elsewhere_.write("oru.conf", "HTTPD_VHOSTS_D " + root.path() + "\n")};
+};
+
+TEST_F(RotatedLogCleanup, RemovesACopyBeyondTheCount) {
+  create({"error_log.4", "error_log.5"});
+  EXPECT_EQ(complaints_of([&] { remove_if_beyond_rotation_count(root / "error_log.4", 3); }), "");
+  EXPECT_EQ(remaining(), Names{"error_log.5"});
+}
+
+TEST_F(RotatedLogCleanup, KeepsACopyWhoseNumberEqualsTheCount) {
+  create({"error_log.4"});
+  remove_if_beyond_rotation_count(root / "error_log.4", 4);
+  EXPECT_EQ(remaining(), Names{"error_log.4"});
+}
+
+TEST_F(RotatedLogCleanup, IsSilentIfTheCopyIsAlreadyGone) {
+  EXPECT_EQ(complaints_of([&] { remove_if_beyond_rotation_count(root / "error_log.4", 3); }), "");
+}
+
+TEST_F(RotatedLogCleanup, ContinuesAfterACopyThatCannotBeRemoved) {
+  create({"a.8", "a.9", "b.9"});
+  const CallFault refusal(Call::remove, EACCES);
+  EXPECT_EQ(complaints_of([&] {
+              clean_target_logs({root / "a", root / "b"}, 3);
+            }),
+            "Failed to remove '" + root / "a.8" + "': Permission denied. Continue.\n");
+  EXPECT_EQ(remaining(), Names{"a.8"});
+}
+
+TEST_F(RotatedLogCleanup, RemovesSurplusCopiesOfTheLogsOfAHostInBothDirectories) {
+  Names kept;
+  for (const std::string logs : {"system/example.com/logs/", "example.com/logs/"}) {
+    for (const std::string log : {"access_log.processed", "a_b.processed", "error_log", "proxy_error_log"}) {
+      const Names copies{logs + log, logs + log + ".1", logs + log + ".3.gz"};
+      create(copies);
+      create({logs + log + ".4.gz", logs + log + ".10"});
+      kept.insert(copies.begin(), copies.end());
+    }
+  }
+  EXPECT_EQ(complaints_of([] { clean_vhost_logs("example.com", 3); }), "");
+  EXPECT_EQ(remaining(), kept);
+}
+
+TEST_F(RotatedLogCleanup, RemovesSurplusCopiesOfEveryLogThatMatchesAPattern) {
+  create({"a.log", "a.log.3", "a.log.4.gz", "b.log.4", "b.txt.9", "c/d.9"});
+  EXPECT_EQ(complaints_of([&] { clean_target_logs({root / "*.log", root / "missing", root / "c/d"}, 3); }), "");
+  EXPECT_EQ(remaining(), (Names{"a.log", "a.log.3", "b.txt.9"}));
 }
 
 } // namespace
