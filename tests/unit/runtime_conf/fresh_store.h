@@ -10,12 +10,12 @@
 
 namespace tavek::test {
 
-/// A fresh store, freed at the end as the loader does it; the address sanitizer tells when that frees wrongly.
+/// An empty store, freed at the end as the loader does it. The address sanitizer reports a wrong free.
 class FreshStore : public RecordedReports {
 protected:
   ~FreshStore() override { runtime_conf_free(store); }
 
-  /// Defines that many names "N000", "N001", ... with the values "0", "1", ...
+  /// Defines `count` names "N000", "N001" and so on, with the values "0", "1" and so on.
   void define_numbered(int count) {
     for (int i = 0; i < count; ++i) {
       ASSERT_EQ(runtime_conf_set(numbered(i).c_str(), std::to_string(i).c_str(), store), 0);
@@ -31,7 +31,7 @@ protected:
     return value != nullptr ? value : "(none)";
   }
 
-  /// The entries in use, in their order, each as "NAME=value".
+  /// The entries in use, in order, each as "NAME=value".
   std::vector<std::string> entries() const {
     std::vector<std::string> all;
     for (std::uint64_t i = 0; i < store->count; ++i) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// A sink in place of the console, for tests that look at what is reported.
+// A log sink that records reports instead of printing them.
 
 #include <gtest/gtest.h>
 #include <string>
@@ -9,16 +9,16 @@
 
 namespace tavek::test {
 
-/// Level and text of reports, in order.
+/// The level and text of each report, in order.
 using Reports = std::vector<std::pair<int, std::string>>;
 
-/// While it lives, reports are kept here and not printed. As any sink may, it leaves errno changed.
+/// Records reports while it exists. It changes errno on each report, as a sink may.
 class RecordedReports : public testing::Test {
 protected:
   RecordedReports();
   ~RecordedReports() override;
 
-  /// The reports since the last call.
+  /// Returns the reports since the last call.
   static Reports take_reports();
 };
 

@@ -3,11 +3,13 @@
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <string>
-#include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include "support/call_fault.h"
-#include "unit/runtime_conf/conf_file_fixture.h"
+#include "support/open_descriptors.h"
+#include "support/temporary_directory.h"
+#include "unit/runtime_conf/fresh_store.h"
 
 namespace tavek {
 
@@ -16,7 +18,21 @@ namespace {
 using test::Reports;
 using Entries = std::vector<std::string>;
 
-class RuntimeConfFile : public test::ConfFileFixture {};
+// Reads files into an empty store.
+class RuntimeConfFile : public test::FreshStore {
+protected:
+  int read(const std::string& content) {
+    return runtime_conf_read_file(folder.write("oru.conf", content).c_str(), store);
+  }
+  // The value of KEY after a file has been read.
+  std::string value_of(const std::string& content) {
+    runtime_conf_set("KEY", "(unset)", store);
+    EXPECT_EQ(read(content), 0);
+    return found("KEY");
+  }
+
+  TemporaryDirectory folder;
+};
 
 Reports no_space(const std::string& line) {
   return {{12, "Invalid variable definition " + line + "\nExpected a space after variable name\n"}};
@@ -25,47 +41,23 @@ Reports no_value(const std::string& line) {
   return {{12, "Invalid variable definition " + line + "\nExpected a value"}};
 }
 
-TEST_F(RuntimeConfFile, GivesASortedStore) {
-  EXPECT_EQ(read("B 1\nC 2\nA 3\n"), 0);
+TEST_F(RuntimeConfFile, FillsAndSortsTheStore) {
+  EXPECT_EQ(read("B 1\nC 2\nA 3\nC 4\n"), 0);
   EXPECT_NE(store->sorted, 0);
-  EXPECT_EQ(entries(), (Entries{"A=3", "B=1", "C=2"}));
+  EXPECT_EQ(entries(), (Entries{"A=3", "B=1", "C=4"}));
   EXPECT_EQ(take_reports(), Reports{});
 }
 
-TEST_F(RuntimeConfFile, MayBeEmpty) {
+TEST_F(RuntimeConfFile, ReservesRoomEvenForAnEmptyFile) {
   EXPECT_EQ(read(""), 0);
   EXPECT_EQ(store->capacity, 20U);
   EXPECT_EQ(store->count, 0U);
 }
 
-// A file is given the lowest descriptor that is free.
-int lowest_free_descriptor() {
-  const int fd = dup(STDERR_FILENO);
-  close(fd);
-  return fd;
-}
-
 TEST_F(RuntimeConfFile, LeavesNoDescriptorOpen) {
-  const int before = lowest_free_descriptor();
+  const auto before = open_descriptors();
   EXPECT_EQ(read("A 1\n"), 0);
-  EXPECT_EQ(lowest_free_descriptor(), before);
-}
-
-TEST_F(RuntimeConfFile, LetsTheLaterDefinitionWin) {
-  EXPECT_EQ(read("KEY first\nOTHER x\nKEY second\n"), 0);
-  EXPECT_EQ(entries(), (Entries{"KEY=second", "OTHER=x"}));
-}
-
-TEST_F(RuntimeConfFile, GrowsTheStoreWithItsLines) {
-  std::string content;
-  for (int i = 0; i < 30; ++i) {
-    content += numbered(29 - i) + " " + std::to_string(29 - i) + "\n";
-  }
-  EXPECT_EQ(read(content), 0);
-  EXPECT_EQ(store->capacity, 40U);
-  EXPECT_EQ(store->count, 30U);
-  EXPECT_EQ(found("N000"), "0");
-  EXPECT_EQ(found("N029"), "29");
+  EXPECT_EQ(open_descriptors(), before);
 }
 
 TEST_F(RuntimeConfFile, IgnoresBlankLinesAndComments) {
@@ -74,21 +66,14 @@ TEST_F(RuntimeConfFile, IgnoresBlankLinesAndComments) {
   EXPECT_EQ(take_reports(), Reports{});
 }
 
-TEST_F(RuntimeConfFile, TakesLettersDigitsAndUnderscoresAsAName) {
+TEST_F(RuntimeConfFile, AcceptsLettersDigitsAndUnderscoresInAName) {
   EXPECT_EQ(read("_a 1\n9 2\nZz_09 3\n"), 0);
   EXPECT_EQ(entries(), (Entries{"9=2", "Zz_09=3", "_a=1"}));
 }
 
-TEST_F(RuntimeConfFile, SkipsALineWhoseNameIsNotFollowedBySpace) {
-  for (const std::string line :
-       {"KEY=/srv\n", "KEY#\n", "KEY# note\n", "KEY-D v\n", "KEY.v\n", "KEY", "KEY\xc3\xa9 v\n"}) {
-    EXPECT_EQ(value_of(line), "(unset)") << line;
-    EXPECT_EQ(take_reports(), no_space(line));
-  }
-}
-
-TEST_F(RuntimeConfFile, SkipsALineThatBeginsWithNoName) {
-  for (const std::string line : {"=KEY v\n", "-\n", "$KEY v\n", "\xc3\xa9 v\n", "\"KEY\" v"}) {
+TEST_F(RuntimeConfFile, SkipsALineWithoutANameAndASpace) {
+  for (const std::string line : {"KEY=/srv\n", "KEY# note\n", "KEY.v\n", "KEY", "KEY\xc3\xa9 v\n", "=KEY v\n", "-\n",
+                                 "\xc3\xa9 v\n", "\"KEY\" v"}) {
     EXPECT_EQ(value_of(line), "(unset)") << line;
     EXPECT_EQ(take_reports(), no_space(line));
   }
@@ -101,23 +86,42 @@ TEST_F(RuntimeConfFile, SkipsALineWithoutAValue) {
   }
 }
 
-TEST_F(RuntimeConfFile, ReportsALineFromItsFirstCharacterOn) {
+TEST_F(RuntimeConfFile, ReportsALineFromItsFirstNonBlankCharacter) {
   read("  \t=KEY v # note\n");
   EXPECT_EQ(take_reports(), no_space("=KEY v # note\n"));
-  read(" KEY=v \n");
-  EXPECT_EQ(take_reports(), no_space("KEY=v \n"));
   read("\tKEY  # note \n");
   EXPECT_EQ(take_reports(), no_value("KEY  # note \n"));
 }
 
-TEST_F(RuntimeConfFile, GoesOnAfterAMalformedLine) {
-  EXPECT_EQ(read("A=1\nB 2\n=\nC\nD 4\n"), 0);
+TEST_F(RuntimeConfFile, ContinuesAfterAMalformedLine) {
+  EXPECT_EQ(read("A=1\nB 2\n=\nB\nD 4\n"), 0);
   EXPECT_EQ(entries(), (Entries{"B=2", "D=4"}));
   EXPECT_EQ(take_reports().size(), 3U);
 }
 
-TEST_F(RuntimeConfFile, KeepsTheEarlierValueBehindAMalformedLine) {
-  EXPECT_EQ(value_of("KEY v\nKEY\nKEY=w\n"), "v");
+TEST_F(RuntimeConfFile, AcceptsAnyWhiteSpaceBeforeAndAfterTheName) {
+  for (const char* line : {"KEY v\n", "\t\v\f\rKEY v\n", "KEY \t \v\f\r v\n", "KEY v"}) {
+    EXPECT_EQ(value_of(line), "v") << line;
+  }
+}
+
+TEST_F(RuntimeConfFile, KeepsEveryOtherCharacterOfAValueUpToAComment) {
+  EXPECT_EQ(value_of("KEY /srv/a  b\tc#d\n"), "/srv/a  b\tc");
+  EXPECT_EQ(value_of("KEY \"a=\\\n"), "\"a=\\");
+  const std::string long_value(100000, 'v');
+  EXPECT_EQ(value_of("KEY " + long_value + "\n"), long_value);
+}
+
+// The newline is part of the white space.
+TEST_F(RuntimeConfFile, CutsOneCharacterOfTrailingWhiteSpaceOnlyIfItsLengthIsOdd) {
+  const std::pair<const char*, const char*> values[] = {
+      {"v\n", "v"},       {"v \n", "v \n"},    {"v  \n", "v  "},     {"value   \n", "value   \n"},
+      {"v\r\n", "v\r\n"}, {"v # note\n", "v"}, {"v ", "v"},          {"v  # note\n", "v  "},
+      {"v \t ", "v \t"},  {"a  b\n", "a  b"},  {"a b \n", "a b \n"},
+  };
+  for (const auto& [text, value] : values) {
+    EXPECT_EQ(value_of(std::string("KEY ") + text), value) << text;
+  }
 }
 
 TEST_F(RuntimeConfFile, ReportsAFileThatCannotBeOpened) {
@@ -136,7 +140,7 @@ TEST_F(RuntimeConfFile, ReportsAReadError) {
   EXPECT_EQ(take_reports(), (Reports{{12, "Unable to read configuration file: Is a directory"}}));
 }
 
-TEST_F(RuntimeConfFile, SortsWhatItReadBeforeAReadError) {
+TEST_F(RuntimeConfFile, SortsTheLinesBeforeAReadError) {
   const CallFault third(Call::getdelim, ENOMEM, 3);
   errno = 0;
   EXPECT_EQ(read("B 1\nA 2\nC 3\n"), -1);

@@ -8,7 +8,7 @@ namespace tavek {
 
 namespace {
 
-/// A key as other programs of the panel know it: by number, by name and by what holds without a file.
+// Other programs of the panel know each key by its number, its name and its default.
 struct KnownKey {
   int index;
   RuntimeConfKey key;
@@ -50,7 +50,7 @@ const KnownKey kKnownKeys[] = {
     {30, MAX_POSSIBLE_ORU_CONF_VAR, "_MAX_POSSIBLE_ORU_CONF_VAR_NAME", "_MAX_POSSIBLE_ORU_CONF_VAR_VALUE"},
 };
 
-TEST(RuntimeConfKeys, KeepTheirNumbersNamesAndDefaults) {
+TEST(RuntimeConfKeys, HaveTheNumbersNamesAndDefaultsThatOtherProgramsKnow) {
   for (const KnownKey& known : kKnownKeys) {
     EXPECT_EQ(known.key, known.index);
     EXPECT_STREQ(kRuntimeConfKeyRows[known.index].name, known.name);

@@ -1,5 +1,4 @@
-// Every allocation that the reader asks for may fail: what was there stays, and nothing leaks (which the address
-// sanitizer tells).
+// Every allocation may fail: the store keeps its definitions, and nothing leaks, which the address sanitizer checks.
 
 #include <cerrno>
 #include <cstdint>
@@ -27,7 +26,7 @@ Reports no_store() {
   return {{3, "Not enough memory to allocate Tavek runtime configuration structure"}};
 }
 
-/// Expects a call to fail for want of memory, with these reports.
+/// Expects that a call fails with ENOMEM and with these reports.
 class RuntimeConfMemory : public test::FreshStore {
 protected:
   void expect_failure(int result, const Reports& reports) {
@@ -37,7 +36,7 @@ protected:
     errno = 0;
   }
 
-  /// A store of impossible size over one entry, which must not be touched.
+  /// Expects that a store with one entry and an impossible capacity is left unchanged.
   void expect_too_large(std::uint64_t capacity, std::uint64_t count) {
     RuntimeConfEntry only{};
     RuntimeConf huge{&only, capacity, count, 1};
@@ -50,7 +49,7 @@ protected:
   }
 };
 
-TEST_F(RuntimeConfMemory, HasNoFirstArrayAndNoReport) {
+TEST_F(RuntimeConfMemory, ReportsNothingIfTheFirstArrayCannotBeAllocated) {
   store->capacity = 7;
   const CallFault first(Call::allocation, ENOMEM);
   expect_failure(runtime_conf_reserve(store), {});
@@ -58,7 +57,7 @@ TEST_F(RuntimeConfMemory, HasNoFirstArrayAndNoReport) {
   EXPECT_EQ(store->capacity, 0U);
 }
 
-TEST_F(RuntimeConfMemory, CannotGrowTheArray) {
+TEST_F(RuntimeConfMemory, KeepsTheArrayIfItCannotGrow) {
   define_numbered(20);
   const RuntimeConfEntry* const before = store->entries;
   {
@@ -71,19 +70,19 @@ TEST_F(RuntimeConfMemory, CannotGrowTheArray) {
   EXPECT_EQ(found("N019"), "19");
 }
 
-TEST_F(RuntimeConfMemory, RefusesASizeThatDoesNotFit) {
-  expect_too_large(UINT64_C(1) << 63, UINT64_C(1) << 63); // Twice the capacity.
-  expect_too_large(1, UINT64_MAX - 19);                   // Twenty more.
-  expect_too_large(UINT64_C(1) << 59, UINT64_C(1) << 59); // The size in bytes.
+TEST_F(RuntimeConfMemory, RejectsACapacityThatOverflows) {
+  expect_too_large(UINT64_C(1) << 63, UINT64_C(1) << 63); // Twice the capacity overflows.
+  expect_too_large(1, UINT64_MAX - 19);                   // Twenty more overflow.
+  expect_too_large(UINT64_C(1) << 59, UINT64_C(1) << 59); // The size in bytes overflows.
 }
 
-TEST_F(RuntimeConfMemory, DefinesNothingWithoutAnArray) {
+TEST_F(RuntimeConfMemory, DefinesNothingIfTheArrayCannotBeAllocated) {
   const CallFault first(Call::allocation, ENOMEM);
   expect_failure(runtime_conf_set("A", "1", store), {});
   EXPECT_EQ(store->count, 0U);
 }
 
-TEST_F(RuntimeConfMemory, DefinesNothingWithoutBothCopies) {
+TEST_F(RuntimeConfMemory, DefinesNothingIfEitherCopyCannotBeAllocated) {
   define_numbered(1);
   for (const int nth : {1, 2}) {
     const CallFault copy(Call::allocation, ENOMEM, nth);
@@ -92,7 +91,7 @@ TEST_F(RuntimeConfMemory, DefinesNothingWithoutBothCopies) {
   EXPECT_EQ(entries(), std::vector<std::string>{"N000=0"});
 }
 
-TEST_F(RuntimeConfMemory, KeepsTheOldValueWithoutBothCopies) {
+TEST_F(RuntimeConfMemory, KeepsTheOldValueIfEitherCopyCannotBeAllocated) {
   runtime_conf_set("A", "old", store);
   for (const int nth : {1, 2}) {
     const CallFault copy(Call::allocation, ENOMEM, nth);
@@ -101,14 +100,14 @@ TEST_F(RuntimeConfMemory, KeepsTheOldValueWithoutBothCopies) {
   EXPECT_EQ(found("A"), "old");
 }
 
-TEST_F(RuntimeConfMemory, FreesAStoreThatFailedAfterGrowing) {
+TEST_F(RuntimeConfMemory, FreesAStoreAfterAFailure) {
   define_numbered(21);
   const CallFault first(Call::allocation, ENOMEM);
   expect_failure(runtime_conf_set("A", "1", store), cannot_copy());
   EXPECT_EQ(store->count, 21U);
 }
 
-/// The same through a file.
+/// The same, with definitions read from a file.
 class RuntimeConfFileMemory : public RuntimeConfMemory {
 protected:
   ~RuntimeConfFileMemory() override {
@@ -118,27 +117,27 @@ protected:
   TemporaryDirectory folder;
 };
 
-TEST_F(RuntimeConfFileMemory, OpensNoFileWithoutAnArray) {
+TEST_F(RuntimeConfFileMemory, OpensNoFileIfTheArrayCannotBeAllocated) {
   const CallFault first(Call::allocation, ENOMEM);
   expect_failure(runtime_conf_read_file((folder / "absent.conf").c_str(), store), {});
 }
 
-TEST_F(RuntimeConfFileMemory, StopsReadingAtALineThatFindsNoMemory) {
+TEST_F(RuntimeConfFileMemory, StopsReadingAtALineThatCannotBeStored) {
   const std::string path = folder.write("oru.conf", "A 1\nB 2\nC 3\n");
-  const CallFault value_of_b(Call::allocation, ENOMEM, 5); // After the array and four copies it takes.
+  const CallFault value_of_b(Call::allocation, ENOMEM, 5); // After the array, both texts of A and the name of B.
   expect_failure(runtime_conf_read_file(path.c_str(), store), cannot_copy());
   EXPECT_EQ(entries(), std::vector<std::string>{"A=1"});
 }
 
-TEST_F(RuntimeConfFileMemory, LoadsNothingWithoutAStore) {
+TEST_F(RuntimeConfFileMemory, ReportsAStoreThatCannotBeAllocated) {
   const std::string path = folder.write("oru.conf", "HTTPD_VHOSTS_D /srv/vhosts\n");
   runtime_conf_use_file(path.c_str());
   const CallFault first(Call::allocation, ENOMEM);
   expect_failure(runtime_conf_load(), no_store());
 }
 
-// Store, array, two copies a line and the array once more: whichever fails, the load fails, and the next one succeeds.
-TEST_F(RuntimeConfFileMemory, LoadsAllOrNothing) {
+// Whichever allocation fails, the load fails and the next one succeeds.
+TEST_F(RuntimeConfFileMemory, LoadsTheWholeFileOrNothing) {
   std::string content;
   for (int i = 0; i < 25; ++i) {
     content += numbered(i) + " " + std::to_string(i) + "\n";
@@ -160,7 +159,7 @@ TEST_F(RuntimeConfFileMemory, LoadsAllOrNothing) {
   }
 }
 
-TEST_F(RuntimeConfFileMemory, AnswersDefaultsMeanwhile) {
+TEST_F(RuntimeConfFileMemory, ReturnsDefaultsAfterAFailedLoad) {
   const std::string path = folder.write("oru.conf", "HTTPD_VHOSTS_D /srv/vhosts\n");
   runtime_conf_use_file(path.c_str());
   {
