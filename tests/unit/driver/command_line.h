@@ -8,7 +8,7 @@
 
 namespace tavek {
 
-/// A command line as a process receives it. The first word is the program's name.
+/// A command line in the form that main() receives. The first word is the program's name.
 class CommandLine {
 public:
   explicit CommandLine(std::vector<std::string> words) : words_(std::move(words)) {
@@ -26,7 +26,7 @@ private:
   std::vector<const char*> pointers_;
 };
 
-/// The options of a command line whose words follow the program's name.
+/// The options of a command line with these words after the program's name.
 inline Options options_of(std::vector<std::string> words) {
   words.insert(words.begin(), "/opt/oru/admin/sbin/tavek-logrotate");
   const CommandLine line(std::move(words));

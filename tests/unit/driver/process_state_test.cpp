@@ -11,7 +11,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "file/file_descriptor.h"
 #include "support/temporary_directory.h"
 
 namespace tavek {
@@ -27,11 +26,11 @@ sigset_t set_of(int signal) {
   return set;
 }
 
-// Whether a signal waited; it is taken away.
-bool take_waiting(int signal) {
+// Whether the signal was pending. It no longer is.
+bool take_pending(int signal) {
   const sigset_t set = set_of(signal);
-  constexpr timespec at_once{};
-  return sigtimedwait(&set, nullptr, &at_once) == signal;
+  constexpr timespec immediately{};
+  return sigtimedwait(&set, nullptr, &immediately) == signal;
 }
 
 bool is_blocked(int signal) {
@@ -40,7 +39,7 @@ bool is_blocked(int signal) {
   return sigismember(&mask, signal) == 1;
 }
 
-// A signal's disposition, for as long as this lives.
+// The disposition of a signal while this exists.
 class Disposition {
 public:
   Disposition(int signal, sighandler_t handler) : signal_(signal), before_(::signal(signal, handler)) {}
@@ -59,8 +58,8 @@ bool is_null_device(int fd) {
   return fstat(fd, &status) == 0 && stat("/dev/null", &null) == 0 && status.st_rdev == null.st_rdev;
 }
 
-// In a child: closes the streams of a set of bits and ends well when just these are on the null device afterwards.
-[[noreturn]] void open_what_is_missing(unsigned closed, const char* other) {
+// In a child: closes the standard streams whose bits are set. Succeeds if exactly these are the null device afterwards.
+[[noreturn]] void reopen_closed_streams(unsigned closed, const char* other) {
   const auto is_closed = [closed](int fd) { return (closed >> fd & 1U) != 0; };
   const int source = open(other, O_RDWR | O_CLOEXEC);
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
@@ -79,22 +78,15 @@ bool is_null_device(int fd) {
   std::exit(right ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
-TEST(OpenMissingStandardStreams, PutsTheNullDeviceInPlaceOfTheClosedOnes) {
+TEST(OpenMissingStandardStreams, OpensTheNullDeviceForEveryClosedStream) {
   const TemporaryDirectory directory;
   const std::string other = directory.write("other", "");
   for (unsigned closed = 0; closed < 8; ++closed) {
-    EXPECT_EXIT(open_what_is_missing(closed, other.c_str()), testing::ExitedWithCode(EXIT_SUCCESS), "") << closed;
+    EXPECT_EXIT(reopen_closed_streams(closed, other.c_str()), testing::ExitedWithCode(EXIT_SUCCESS), "") << closed;
   }
 }
 
-TEST(OpenMissingStandardStreams, OpensNothingWhenNothingIsMissing) {
-  const FileDescriptor before(open("/dev/null", O_RDONLY | O_CLOEXEC));
-  open_missing_standard_streams();
-  const FileDescriptor after(open("/dev/null", O_RDONLY | O_CLOEXEC));
-  EXPECT_EQ(after.get(), before.get() + 1);
-}
-
-// In a child: writes ten bytes to a file that may have five.
+// In a child: writes ten bytes to a file with a limit of five.
 [[noreturn]] void write_beyond_the_limit(const std::string& path) {
   const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
   rlimit limit{};
@@ -114,7 +106,7 @@ TEST(OpenMissingStandardStreams, OpensNothingWhenNothingIsMissing) {
   std::exit(right ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
-TEST(TakeWriteErrors, AWriteBeyondTheFileSizeLimitFailsInsteadOfKilling) {
+TEST(TakeWriteErrors, AWriteBeyondTheFileSizeLimitFailsInsteadOfKillingTheProcess) {
   const TemporaryDirectory directory;
   const Disposition deadly(SIGXFSZ, SIG_DFL);
   EXPECT_EXIT(write_beyond_the_limit(directory / "file"), testing::KilledBySignal(SIGXFSZ), "");
@@ -122,14 +114,14 @@ TEST(TakeWriteErrors, AWriteBeyondTheFileSizeLimitFailsInsteadOfKilling) {
   EXPECT_EXIT(write_beyond_the_limit(directory / "other"), testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
-TEST(TakeWriteErrors, AWriteToAClosedPipeFailsInsteadOfKilling) {
+TEST(TakeWriteErrors, AWriteToAClosedPipeFailsInsteadOfKillingTheProcess) {
   const Disposition deadly(SIGPIPE, SIG_DFL);
   EXPECT_EXIT(write_to_a_closed_pipe(), testing::KilledBySignal(SIGPIPE), "");
   ignore_write_signals();
   EXPECT_EXIT(write_to_a_closed_pipe(), testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
-TEST(TakeChildStatuses, AStatusCanBeWaitedForThoughTheCallerIgnoresChildren) {
+TEST(TakeChildStatuses, AStatusCanBeAwaitedAlthoughTheCallerIgnoresSigchld) {
   const Disposition ignored(SIGCHLD, SIG_IGN);
   restore_child_signal();
   const pid_t child = fork();
@@ -142,8 +134,8 @@ TEST(TakeChildStatuses, AStatusCanBeWaitedForThoughTheCallerIgnoresChildren) {
   EXPECT_EQ(WEXITSTATUS(status), 7);
 }
 
-// In a child: the message shows that the signal did not strike before the hold ended.
-void receive_under_hold(int signal) {
+// In a child: the message shows that the signal did not arrive before the hold ended.
+void raise_under_hold(int signal) {
   constexpr rlimit no_core{};
   setrlimit(RLIMIT_CORE, &no_core);
   ::signal(signal, SIG_DFL);
@@ -152,30 +144,25 @@ void receive_under_hold(int signal) {
   std::fputs("still here", stderr);
 }
 
-TEST(TerminationHold, DeliversASignalWhenItEnds) {
+TEST(TerminationHold, DeliversATerminationSignalAtItsEnd) {
   for (const int signal : kTerminationSignals) {
-    EXPECT_EXIT(receive_under_hold(signal), testing::KilledBySignal(signal), "^still here$") << signal;
+    EXPECT_EXIT(raise_under_hold(signal), testing::KilledBySignal(signal), "^still here$") << signal;
   }
 }
 
-TEST(TerminationHold, HoldsNoOtherSignalBack) {
-  EXPECT_EXIT(receive_under_hold(SIGUSR1), testing::KilledBySignal(SIGUSR1), "^$");
-}
-
-TEST(TerminationHold, TellsWhetherASignalWaits) {
+TEST(TerminationHold, ReportsAPendingTerminationSignal) {
   for (const int signal : kTerminationSignals) {
-    const Disposition ends(signal, SIG_DFL); // Whoever starts the tests may have it ignored.
+    const Disposition ends(signal, SIG_DFL); // The caller of the tests may have ignored it.
     const TerminationHold hold;
     EXPECT_FALSE(hold.termination_pending()) << signal;
     raise(signal);
     EXPECT_TRUE(hold.termination_pending()) << signal;
-    EXPECT_TRUE(take_waiting(signal)) << signal;
-    EXPECT_FALSE(hold.termination_pending()) << signal;
+    EXPECT_TRUE(take_pending(signal)) << signal;
   }
 }
 
-// A blocked signal waits even where it is ignored, but it will not end the process.
-TEST(TerminationHold, DoesNotTakeAnIgnoredSignalForATermination) {
+// A blocked signal is pending even if it is ignored, but it will not end the process.
+TEST(TerminationHold, ReportsNoIgnoredSignal) {
   for (const int signal : kTerminationSignals) {
     const Disposition ignored(signal, SIG_IGN);
     const TerminationHold hold;
@@ -184,16 +171,16 @@ TEST(TerminationHold, DoesNotTakeAnIgnoredSignalForATermination) {
   }
 }
 
-TEST(TerminationHold, AnIgnoredSignalDoesNotHideAnother) {
+TEST(TerminationHold, ReportsASignalPendingBesideAnIgnoredOne) {
   const Disposition ignored(SIGHUP, SIG_IGN);
   const TerminationHold hold;
   raise(SIGHUP);
   raise(SIGTERM);
   EXPECT_TRUE(hold.termination_pending());
-  EXPECT_TRUE(take_waiting(SIGTERM));
+  EXPECT_TRUE(take_pending(SIGTERM));
 }
 
-TEST(TerminationHold, LeavesASignalThatTheCallerBlocksToTheCaller) {
+TEST(TerminationHold, LeavesASignalBlockedByTheCallerPending) {
   const sigset_t blocked = set_of(SIGTERM);
   sigprocmask(SIG_BLOCK, &blocked, nullptr);
   {
@@ -202,33 +189,28 @@ TEST(TerminationHold, LeavesASignalThatTheCallerBlocksToTheCaller) {
     EXPECT_FALSE(hold.termination_pending());
   }
   EXPECT_TRUE(is_blocked(SIGTERM));
-  EXPECT_TRUE(take_waiting(SIGTERM));
+  EXPECT_TRUE(take_pending(SIGTERM));
   sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
 }
 
-// Leaves bytes that are not zero where the next function has its variables.
-void soil_stack() {
-  volatile unsigned char soil[4096];
-  for (volatile unsigned char& byte : soil) {
+// Fills the stack with ones, so that a signal set which the next function does not clear contains every signal.
+void fill_stack() {
+  volatile unsigned char filler[4096];
+  for (volatile unsigned char& byte : filler) {
     byte = 0xff;
   }
 }
 
-TEST(TerminationHold, HoldsNoOtherSignal) {
-  soil_stack();
+TEST(TerminationHold, BlocksNoOtherSignal) {
+  fill_stack();
   const TerminationHold hold;
   for (const int signal : {SIGUSR1, SIGALRM, SIGCHLD, SIGPIPE, SIGXFSZ}) {
     EXPECT_FALSE(is_blocked(signal)) << signal;
   }
 }
 
-TEST(TerminationHold, LeavesTheMaskAsItWas) {
-  {
-    const TerminationHold hold;
-    for (const int signal : kTerminationSignals) {
-      EXPECT_TRUE(is_blocked(signal)) << signal;
-    }
-  }
+TEST(TerminationHold, RestoresTheSignalMask) {
+  { const TerminationHold hold; }
   for (const int signal : kTerminationSignals) {
     EXPECT_FALSE(is_blocked(signal)) << signal;
   }
