@@ -16,14 +16,14 @@ bool is_open(int fd) {
   return fcntl(fd, F_GETFD) != -1;
 }
 
-TEST(FileDescriptor, HoldsNoneUnlessGivenOne) {
+TEST(FileDescriptor, OwnsNoneByDefault) {
   FileDescriptor none;
   EXPECT_FALSE(none.is_open());
   EXPECT_EQ(none.get(), -1);
   EXPECT_EQ(none.close(), 0);
 }
 
-TEST(FileDescriptor, ClosesWhatItHoldsWhenItEnds) {
+TEST(FileDescriptor, IsClosedByItsDestructor) {
   const int fd = open_null();
   {
     const FileDescriptor owner(fd);
@@ -33,14 +33,14 @@ TEST(FileDescriptor, ClosesWhatItHoldsWhenItEnds) {
   EXPECT_FALSE(is_open(fd));
 }
 
-TEST(FileDescriptor, ClosesOnlyOnce) {
+TEST(FileDescriptor, IsClosedOnlyOnce) {
   FileDescriptor owner(open_null());
   EXPECT_EQ(owner.close(), 0);
   EXPECT_FALSE(owner.is_open());
   EXPECT_EQ(owner.close(), 0);
 }
 
-TEST(FileDescriptor, TellsThatClosingFailed) {
+TEST(FileDescriptor, ReportsAFailedClose) {
   const int fd = open_null();
   close(fd);
   FileDescriptor owner(fd);
@@ -48,14 +48,14 @@ TEST(FileDescriptor, TellsThatClosingFailed) {
   EXPECT_EQ(errno, EBADF);
 }
 
-TEST(FileDescriptor, AReleasedOneStaysOpen) {
+TEST(FileDescriptor, RemainsOpenAfterItsRelease) {
   FileDescriptor owner(open_null());
   const FileDescriptor other(owner.release());
   EXPECT_FALSE(owner.is_open());
   EXPECT_TRUE(is_open(other.get()));
 }
 
-TEST(FileDescriptor, MovesFromOwnerToOwner) {
+TEST(FileDescriptor, IsMovedToItsNewOwner) {
   FileDescriptor first(open_null());
   const int fd = first.get();
   const FileDescriptor second(std::move(first));
@@ -63,7 +63,7 @@ TEST(FileDescriptor, MovesFromOwnerToOwner) {
   EXPECT_TRUE(is_open(fd));
 }
 
-TEST(FileDescriptor, AssignmentClosesWhatWasHeldBefore) {
+TEST(FileDescriptor, IsClosedWhenAnotherIsAssigned) {
   FileDescriptor owner(open_null());
   const int before = owner.get();
   const int after = open_null();

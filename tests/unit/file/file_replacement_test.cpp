@@ -13,6 +13,7 @@
 #include "support/call_fault.h"
 #include "support/open_descriptors.h"
 #include "support/temporary_directory.h"
+#include "support/thrown.h"
 
 namespace tavek {
 
@@ -22,7 +23,7 @@ using Names = std::vector<std::string>;
 
 class FileReplacementTest : public testing::Test {
 protected:
-  // The temporary file beside the target, or nothing. There is never more than one.
+  // The temporary file beside the target, of which there is never more than one, or "".
   std::string temporary_file() const {
     Names names = directory.names();
     std::erase(names, "target");
@@ -30,14 +31,10 @@ protected:
     return names.empty() ? "" : directory / names.front();
   }
 
-  // What completing a replacement throws, or "completed".
-  static std::string complaint(FileReplacement& replacement) {
-    try {
-      replacement.complete();
-    } catch (const std::runtime_error& error) {
-      return error.what();
-    }
-    return "completed";
+  static void write_and_rename(FileReplacement& replacement) {
+    replacement.output().write("new");
+    replacement.complete();
+    replacement.rename_over_target();
   }
 
   const TemporaryDirectory directory;
@@ -52,8 +49,8 @@ TEST_F(FileReplacementTest, NamesTheTemporaryFileAfterTheTarget) {
       << name;
 }
 
-TEST_F(FileReplacementTest, EveryOneSeesTheNewFileWhateverTheMaskIs) {
-  for (const mode_t mask : {0U, 022U, 077U, 0777U}) {
+TEST_F(FileReplacementTest, CreatesTheTemporaryFileWithMode0644UnderAnyUmask) {
+  for (const mode_t mask : {0U, 0777U}) {
     const mode_t before = umask(mask);
     const FileReplacement replacement(target);
     umask(before);
@@ -61,153 +58,93 @@ TEST_F(FileReplacementTest, EveryOneSeesTheNewFileWhateverTheMaskIs) {
   }
 }
 
-TEST_F(FileReplacementTest, NoChildInheritsTheTemporaryFile) {
+TEST_F(FileReplacementTest, ClosesTheTemporaryFileInChildProcesses) {
   const FileReplacement replacement(target);
   EXPECT_EQ(descriptor_flags(temporary_file()), FD_CLOEXEC);
 }
 
-TEST_F(FileReplacementTest, TheTargetIsUntouchedUntilTheRename) {
-  FileReplacement replacement(target);
-  replacement.output().write("new");
-  EXPECT_EQ(content_of(target), "old");
-  replacement.complete();
-  EXPECT_EQ(content_of(target), "old");
-  EXPECT_EQ(content_of(temporary_file()), "new");
-}
-
-TEST_F(FileReplacementTest, TheRenameReplacesTheTarget) {
-  std::filesystem::permissions(target, std::filesystem::perms{0600});
-  FileReplacement replacement(target);
-  replacement.output().write("new");
-  replacement.complete();
-  replacement.rename_over_target();
+TEST_F(FileReplacementTest, ReplacesTheTargetOnlyAtTheRename) {
+  {
+    FileReplacement replacement(target);
+    replacement.output().write("new");
+    replacement.complete();
+    EXPECT_EQ(content_of(target), "old");
+    EXPECT_EQ(content_of(temporary_file()), "new");
+    replacement.rename_over_target();
+  }
   EXPECT_EQ(content_of(target), "new");
   EXPECT_EQ(mode_of(target), 0644U);
   EXPECT_EQ(directory.names(), Names{"target"});
 }
 
-TEST_F(FileReplacementTest, TheNewTargetOutlivesTheReplacement) {
-  {
-    FileReplacement replacement(target);
-    replacement.complete();
-    replacement.rename_over_target();
-  }
-  EXPECT_EQ(directory.names(), Names{"target"});
-  EXPECT_EQ(content_of(target), "");
-}
-
 TEST_F(FileReplacementTest, NeedsNoTarget) {
   std::filesystem::remove(target);
   FileReplacement replacement(target);
-  replacement.output().write("new");
-  replacement.complete();
-  replacement.rename_over_target();
+  write_and_rename(replacement);
   EXPECT_EQ(content_of(target), "new");
-}
-
-TEST_F(FileReplacementTest, ReplacesALinkByAFileAndLeavesWhatItPointedTo) {
-  directory.write("pointee", "kept");
-  std::filesystem::remove(target);
-  std::filesystem::create_symlink("pointee", target);
-  FileReplacement replacement(target);
-  replacement.output().write("new");
-  replacement.complete();
-  replacement.rename_over_target();
-  EXPECT_FALSE(std::filesystem::is_symlink(target));
-  EXPECT_EQ(content_of(target), "new");
-  EXPECT_EQ(content_of(directory / "pointee"), "kept");
-}
-
-TEST_F(FileReplacementTest, RemovesATemporaryFileThatWasNotCompleted) {
-  { const FileReplacement replacement(target); }
-  EXPECT_EQ(directory.names(), Names{"target"});
-  EXPECT_EQ(content_of(target), "old");
 }
 
 TEST_F(FileReplacementTest, RemovesATemporaryFileThatWasNotRenamed) {
-  {
-    FileReplacement replacement(target);
-    replacement.output().write("new");
-    replacement.complete();
+  for (const bool completed : {false, true}) {
+    {
+      FileReplacement replacement(target);
+      replacement.output().write("new");
+      if (completed) {
+        replacement.complete();
+      }
+    }
+    EXPECT_EQ(directory.names(), Names{"target"});
+    EXPECT_EQ(content_of(target), "old");
   }
-  EXPECT_EQ(directory.names(), Names{"target"});
-  EXPECT_EQ(content_of(target), "old");
 }
 
-TEST_F(FileReplacementTest, RemovesTheTemporaryFileWhenAnExceptionPasses) {
-  const auto fail = [&] {
-    FileReplacement replacement(target);
-    replacement.output().write("half of the n");
-    throw std::runtime_error("no more");
-  };
-  EXPECT_THROW(fail(), std::runtime_error);
-  EXPECT_EQ(directory.names(), Names{"target"});
-  EXPECT_EQ(content_of(target), "old");
-}
-
-TEST_F(FileReplacementTest, AnyFailureOnTheWayIsReportedWhenItIsCompleted) {
+TEST_F(FileReplacementTest, ReportsAnyEarlierFailureOnCompletion) {
   for (const Call call : {Call::fchmod, Call::write, Call::fsync, Call::close}) {
     const CallFault fault(call, EDQUOT);
     FileReplacement replacement(target);
     EXPECT_NO_THROW(replacement.require_open());
     replacement.output().write("new");
     const std::string path = temporary_file();
-    EXPECT_EQ(complaint(replacement), "Failed to write " + path + ": Disk quota exceeded");
+    EXPECT_EQ(thrown_by<std::runtime_error>([&] { replacement.complete(); }),
+              "Failed to write " + path + ": Disk quota exceeded");
     EXPECT_TRUE(fault.happened()) << static_cast<int>(call);
   }
   EXPECT_EQ(directory.names(), Names{"target"});
-  EXPECT_EQ(content_of(target), "old");
 }
 
-// Nothing has been written by then, so only the mode tells that the file is not as it should be.
-TEST_F(FileReplacementTest, AnEmptyFileOfTheWrongModeIsAFailureToo) {
-  const CallFault fault(Call::fchmod, EPERM);
-  FileReplacement replacement(target);
-  EXPECT_EQ(complaint(replacement), "Failed to write " + temporary_file() + ": Operation not permitted");
-}
-
-TEST_F(FileReplacementTest, AFailedRenameLeavesTheNewFileToTheAdministrator) {
+// The administrator can still put the new file in place.
+TEST_F(FileReplacementTest, KeepsTheTemporaryFileIfTheRenameFails) {
   std::filesystem::remove(target);
   std::filesystem::create_directory(target);
+  std::string temporary;
   {
     FileReplacement replacement(target);
-    replacement.output().write("new");
-    replacement.complete();
-    const std::string temporary = temporary_file();
-    try {
-      replacement.rename_over_target();
-      ADD_FAILURE() << "a directory was replaced";
-    } catch (const std::filesystem::filesystem_error& error) {
-      EXPECT_EQ(error.what(), "filesystem error: cannot rename: Is a directory [" + temporary + "] [" + target + "]");
-    }
+    temporary = temporary_file();
+    EXPECT_EQ(thrown_by<std::filesystem::filesystem_error>([&] { write_and_rename(replacement); }),
+              "filesystem error: cannot rename: Is a directory [" + temporary + "] [" + target + "]");
   }
   EXPECT_TRUE(std::filesystem::is_directory(target));
-  EXPECT_EQ(content_of(temporary_file()), "new");
-  EXPECT_EQ(mode_of(temporary_file()), 0644U);
+  EXPECT_EQ(content_of(temporary), "new");
 }
 
-TEST_F(FileReplacementTest, SaysWhichFileItCouldNotCreate) {
+TEST_F(FileReplacementTest, NamesTheFileThatItCannotCreate) {
   const std::string missing = directory / "missing/target";
   const FileReplacement replacement(missing);
-  try {
-    replacement.require_open();
-    ADD_FAILURE() << "a file was created";
-  } catch (const std::runtime_error& error) {
-    EXPECT_EQ(masked(error.what(), missing), "Failed to open " + missing + ".??????: No such file or directory");
-  }
+  EXPECT_EQ(masked(thrown_by<std::runtime_error>([&] { replacement.require_open(); }), missing),
+            "Failed to open " + missing + ".??????: No such file or directory");
 }
 
-// Two blocks make a name of more than 80 characters.
-TEST_F(FileReplacementTest, WithoutMemoryForItsNameThereIsNoReplacement) {
+// A name of more than 80 characters takes two allocations.
+TEST_F(FileReplacementTest, ThrowsIfItsNameCannotBeAllocated) {
   const std::string long_target = directory / std::string(200, 'x');
   for (const int nth : {1, 2}) {
-    const CallFault failing(Call::allocation, ENOMEM, nth);
+    const CallFault fault(Call::allocation, ENOMEM, nth);
     EXPECT_THROW(FileReplacement{long_target}, std::bad_alloc) << nth;
   }
   EXPECT_EQ(directory.names(), Names{"target"});
 }
 
-TEST_F(FileReplacementTest, CreatesTheFileUnderItsTemplateWhenNoRandomNameCanBeHad) {
+TEST_F(FileReplacementTest, OpensTheTemplateItselfIfNoRandomNameIsAvailable) {
   const CallFault fault(Call::mkostemp, EEXIST);
   const mode_t before = umask(022);
   FileReplacement replacement(target);
@@ -215,15 +152,13 @@ TEST_F(FileReplacementTest, CreatesTheFileUnderItsTemplateWhenNoRandomNameCanBeH
   EXPECT_NO_THROW(replacement.require_open());
   EXPECT_EQ(temporary_file(), target + ".XXXXXX");
   EXPECT_EQ(descriptor_flags(temporary_file()), FD_CLOEXEC);
-  replacement.output().write("new");
-  replacement.complete();
-  replacement.rename_over_target();
+  write_and_rename(replacement);
   EXPECT_EQ(content_of(target), "new");
   EXPECT_EQ(mode_of(target), 0644U);
 }
 
-// Anybody can know that name beforehand.
-TEST_F(FileReplacementTest, DoesNotFollowALinkUnderTheNameOfTheTemplate) {
+// Anyone can predict that name.
+TEST_F(FileReplacementTest, FollowsNoLinkUnderTheNameOfTheTemplate) {
   directory.write("pointee", "kept");
   std::filesystem::create_symlink("pointee", target + ".XXXXXX");
   {
@@ -232,7 +167,7 @@ TEST_F(FileReplacementTest, DoesNotFollowALinkUnderTheNameOfTheTemplate) {
     EXPECT_THROW(replacement.require_open(), std::runtime_error);
   }
   EXPECT_EQ(content_of(directory / "pointee"), "kept");
-  EXPECT_TRUE(std::filesystem::is_symlink(target + ".XXXXXX")) << "what it did not create it does not remove";
+  EXPECT_TRUE(std::filesystem::is_symlink(target + ".XXXXXX")) << "it removes only a file that it created";
 }
 
 } // namespace
