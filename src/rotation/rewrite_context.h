@@ -42,8 +42,6 @@ public:
   /// is needed, over the same input and into an emptied output, because some managed directive was never written.
   bool end_of_input();
 
-  const DirectiveTally& tally() const { return tally_; }
-
 private:
   bool targets(std::string_view head) const;
   bool anonymizes() const { return settings_.anonymize == Switch::on; }

@@ -15,7 +15,7 @@ constexpr const char* kBlock = "\tpostrotate\n"
                                "\t\t/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*\n"
                                "\tendscript\n";
 
-// A rewrite of a host's file with every setting filled.
+// A rewrite of the file of a host, with every setting filled.
 class RewriteContextTest : public testing::Test {
 protected:
   RewriteContextTest() {
@@ -27,15 +27,23 @@ protected:
     job.settings.vhost_name = "example.com";
   }
 
-  // A category's rewrite of nothing but period and count.
+  // A rewrite of a category's file that sets only period and count.
   void set_system_mode() {
     job.settings.system_mode = true;
     job.settings.compress = false;
     job.settings.email.clear();
   }
 
-  const DirectiveTally& tally() const { return context.tally(); }
   std::string written() { return output.text(); }
+
+  // The whole output for one stanza without directives.
+  std::string rewritten_stanza(std::string_view head) const {
+    CapturedOutput own_output;
+    RewriteContext own_context(job, own_output.stream());
+    own_context.stanza_head(head);
+    own_context.stanza_close("}");
+    return own_output.text();
+  }
 
   RewriteJob job;
   CapturedOutput output;
@@ -45,14 +53,6 @@ protected:
 TEST_F(RewriteContextTest, CopiesAnyBytes) {
   context.copy(std::string_view("a\0\xff\r", 4));
   EXPECT_EQ(written(), std::string("a\0\xff\r", 4));
-}
-
-TEST_F(RewriteContextTest, AHeadStartsAStanzaThatLacksEverything) {
-  context.stanza_head(kHead);
-  EXPECT_EQ(tally().stanzas, 1);
-  EXPECT_TRUE(tally().copytruncate_pending);
-  EXPECT_TRUE(tally().stanza_targeted);
-  EXPECT_EQ(written(), kHead);
 }
 
 TEST_F(RewriteContextTest, ReplacesEachManagedLine) {
@@ -68,17 +68,16 @@ TEST_F(RewriteContextTest, ReplacesEachManagedLine) {
             "/a {\n\tcopytruncate\n\tmissingok\n\tmail a@b\n\tmailfirst\n\tcompress\n\trotate 5\n\tweekly\n}");
 }
 
-TEST_F(RewriteContextTest, AddsAllThatLacksBeforeTheBraceInAFixedOrder) {
+TEST_F(RewriteContextTest, AddsEveryMissingDirectiveBeforeTheBraceInAFixedOrder) {
   job.settings.anonymize = Switch::on;
-  context.stanza_head(kHead);
-  context.stanza_close("}");
-  EXPECT_EQ(written(), std::string("/a {\n\tweekly\n\trotate 5\n\tcompress\n\tmail a@b\n\tmailfirst\n\tmissingok\n"
-                                   "\tcopytruncate\n") +
-                           kBlock + "}");
+  EXPECT_EQ(rewritten_stanza(kHead),
+            std::string("/a {\n\tweekly\n\trotate 5\n\tcompress\n\tmail a@b\n\tmailfirst\n\tmissingok\n"
+                        "\tcopytruncate\n") +
+                kBlock + "}");
 }
 
-// The counters run on, so a kind that the first stanza has twice counts as there in the second.
-TEST_F(RewriteContextTest, CountsKindsOverAllStanzas) {
+// The counters are not reset, so a surplus directive of the first stanza counts for the second.
+TEST_F(RewriteContextTest, CountsDirectivesOverAllStanzas) {
   job.settings.email.clear();
   context.stanza_head("/a {\n");
   context.rotate_line("rotate 1\n");
@@ -99,7 +98,7 @@ TEST_F(RewriteContextTest, DropsARepeatedPeriodWithinAStanzaOnly) {
   EXPECT_EQ(written(), "/a {\n\tweekly\n/b {\n\tweekly\n");
 }
 
-TEST_F(RewriteContextTest, KeepsPeriodAndCountThatAreNotSet) {
+TEST_F(RewriteContextTest, CopiesPeriodAndCountLinesIfNeitherIsSet) {
   job.settings.period_type.clear();
   job.settings.period.clear();
   job.settings.rot_count = -1;
@@ -110,7 +109,7 @@ TEST_F(RewriteContextTest, KeepsPeriodAndCountThatAreNotSet) {
   EXPECT_EQ(written(), "/a {\n  size 1M\nrotate\t9 \ndaily\n");
 }
 
-TEST_F(RewriteContextTest, SystemModeCopiesTheKindsOfHostsOnly) {
+TEST_F(RewriteContextTest, CopiesTheDirectivesOfHostsInSystemMode) {
   set_system_mode();
   context.stanza_head(kHead);
   context.compress_line(" nocompress\n");
@@ -123,71 +122,46 @@ TEST_F(RewriteContextTest, SystemModeCopiesTheKindsOfHostsOnly) {
   EXPECT_EQ(written(), "/a {\n nocompress\n missingok \ncopytruncate\nmail x@y\n\tweekly\n\trotate 5\n}");
 }
 
-TEST_F(RewriteContextTest, SystemModeAddsNothingButPeriodAndCount) {
-  set_system_mode();
-  context.stanza_head(kHead);
-  context.stanza_close("}");
-  EXPECT_EQ(written(), "/a {\n\tweekly\n\trotate 5\n}");
-}
-
-TEST_F(RewriteContextTest, RefusesAnUnknownPeriodTypeWhereAPeriodIsWritten) {
+TEST_F(RewriteContextTest, RejectsAnUnknownPeriodTypeWhenItWritesAPeriod) {
   job.settings.period_type = "by_moon";
   context.stanza_head(kHead);
   EXPECT_THROW(context.period_line("daily\n"), std::runtime_error);
   EXPECT_THROW(context.stanza_close("}"), std::runtime_error);
 }
 
-TEST_F(RewriteContextTest, NothingIsTargetedMoreThanTheRestWithoutASelection) {
-  job.target_logs = {"/x"};
-  context.stanza_head(kHead);
-  EXPECT_TRUE(tally().stanza_targeted);
-}
-
-TEST_F(RewriteContextTest, TargetsStanzasWhoseFirstPathIsSelected) {
+TEST_F(RewriteContextTest, AddsTheScriptInSystemModeOnlyToStanzasWhoseFirstPathIsATarget) {
   set_system_mode();
+  job.settings.anonymize = Switch::on;
   job.select_targets = true;
   job.target_logs = {"/x", "/a"};
-  for (const std::string_view head : {"/a {\n", "/a\n{\n", "/a\t/b {\n", "/x\r{\n", "/x\v{\n", "/x\f {\n"}) {
-    context.stanza_head(head);
-    EXPECT_TRUE(tally().stanza_targeted) << head;
+  const std::string directives = "\tweekly\n\trotate 5\n";
+  for (const std::string head : {"/a {\n", "/a\n{\n", "/a\t/b {\n", "/x\r{\n", "/x\v{\n", "/x\f {\n"}) {
+    EXPECT_EQ(rewritten_stanza(head), head + directives + kBlock + "}");
   }
-  for (const std::string_view head : {"/b /a {\n", "/a{\n", "/aa {\n", "/ {\n", "/a/ {\n", "/A {\n", "/a\" {\n"}) {
-    context.stanza_head(head);
-    EXPECT_FALSE(tally().stanza_targeted) << head;
+  for (const std::string head : {"/b /a {\n", "/a{\n", "/aa {\n", "/ {\n", "/a/ {\n", "/A {\n", "/a\" {\n"}) {
+    EXPECT_EQ(rewritten_stanza(head), head + directives + "}");
   }
 }
 
-TEST_F(RewriteContextTest, SystemModeAddsTheScriptToTargetedStanzasOnly) {
+TEST_F(RewriteContextTest, AddsTheScriptToEveryStanzaWithoutASelectionOrOutsideSystemMode) {
+  job.settings.anonymize = Switch::on;
+  job.target_logs = {"/x"};
+  job.select_targets = true;
+  EXPECT_TRUE(rewritten_stanza(kHead).ends_with(std::string(kBlock) + "}"));
+  job.select_targets = false;
   set_system_mode();
-  job.settings.anonymize = Switch::on;
-  job.select_targets = true;
-  job.target_logs = {"/a"};
-  context.stanza_head("/a {\n");
-  context.stanza_close("}");
-  context.stanza_head("/b {\n");
-  context.stanza_close("}");
-  EXPECT_EQ(written(), std::string("/a {\n\tweekly\n\trotate 5\n") + kBlock + "}/b {\n\tweekly\n\trotate 5\n}");
+  EXPECT_TRUE(rewritten_stanza(kHead).ends_with(std::string(kBlock) + "}"));
 }
 
-TEST_F(RewriteContextTest, OutsideSystemModeEveryStanzaGetsTheScript) {
-  job.settings.anonymize = Switch::on;
-  job.select_targets = true;
-  context.stanza_head("/b {\n");
-  context.stanza_close("}");
-  EXPECT_TRUE(tally().stanza_targeted);
-  EXPECT_EQ(tally().anonymizers, 1);
-}
-
-TEST_F(RewriteContextTest, RewritesAnAnonymizingCommandOfAnyRoot) {
+TEST_F(RewriteContextTest, ReplacesAnAnonymizingCommandOfAnyRoot) {
   job.settings.anonymize = Switch::on;
   context.stanza_head(kHead);
   context.script_command(" /usr/local/old/admin/sbin/anonymize_ip --all $1\n");
   context.endscript_line("endscript\n");
-  EXPECT_EQ(tally().anonymizers, 1);
   EXPECT_EQ(written(), std::string("/a {\n") + kCommand + "endscript\n");
 }
 
-TEST_F(RewriteContextTest, AddsTheCommandToAScriptThatLacksIt) {
+TEST_F(RewriteContextTest, AddsTheCommandOnceAtTheEndOfAScriptWithoutIt) {
   job.settings.anonymize = Switch::on;
   context.stanza_head(kHead);
   context.script_command("\t/usr/sbin/service reload\n");
@@ -196,28 +170,26 @@ TEST_F(RewriteContextTest, AddsTheCommandToAScriptThatLacksIt) {
   EXPECT_EQ(written(), std::string("/a {\n\t/usr/sbin/service reload\n") + kCommand + "\tendscript\n\tendscript\n");
 }
 
-TEST_F(RewriteContextTest, OffDropsTheCommandAndAddsNone) {
+TEST_F(RewriteContextTest, DropsTheCommandIfAnonymizationIsOff) {
   job.settings.anonymize = Switch::off;
   context.stanza_head(kHead);
   context.script_command("\t/x/anonymize_ip $*\n");
   context.endscript_line("\tendscript\n");
-  EXPECT_EQ(tally().anonymizers, 0);
   EXPECT_EQ(written(), "/a {\n\tendscript\n");
 }
 
-TEST_F(RewriteContextTest, KeepKeepsTheCommandAndAddsNone) {
+TEST_F(RewriteContextTest, CopiesTheCommandIfAnonymizationIsNotSet) {
   context.stanza_head(kHead);
   context.script_command("/x/anonymize_ip $*\n");
   context.endscript_line("endscript\n");
   context.stanza_close("}");
-  EXPECT_EQ(tally().anonymizers, 0);
   EXPECT_EQ(written(),
             "/a {\n/x/anonymize_ip $*\nendscript\n\tweekly\n\trotate 5\n\tcompress\n\tmail a@b\n\tmailfirst\n"
             "\tmissingok\n\tcopytruncate\n}");
 }
 
-// The command is a path of two components at least, with something behind it.
-TEST_F(RewriteContextTest, OnlyTheCommandItselfIsDropped) {
+// The command is a path of at least two components, followed by an argument or a blank.
+TEST_F(RewriteContextTest, CopiesLinesThatOnlyResembleTheCommand) {
   job.settings.anonymize = Switch::off;
   constexpr const char* near_misses[] = {"/anonymize_ip $*\n",     "//anonymize_ip $*\n",    "/x/anonymize_ip\n",
                                          "/x/anonymize_ips $*\n",  "/x/anonymize_ip/y z\n",  "/env /x/anonymize_ip a\n",
@@ -234,7 +206,7 @@ TEST_F(RewriteContextTest, OnlyTheCommandItselfIsDropped) {
   EXPECT_EQ(written(), expected);
 }
 
-TEST_F(RewriteContextTest, AFileWithoutAStanzaGetsTheDefaultOne) {
+TEST_F(RewriteContextTest, AppendsTheDefaultFileToAnInputWithoutAStanza) {
   context.copy("# mine\n");
   EXPECT_FALSE(context.end_of_input());
   const std::string text = written();
@@ -242,71 +214,63 @@ TEST_F(RewriteContextTest, AFileWithoutAStanzaGetsTheDefaultOne) {
   EXPECT_NE(text.find("/system/example.com/logs/php-fpm_error.log {\n\tweekly\n"), std::string::npos) << text;
 }
 
-TEST_F(RewriteContextTest, SystemModeGeneratesNothingAndNeedsNoSecondPass) {
+TEST_F(RewriteContextTest, NeitherAppendsNorNeedsASecondPassInSystemMode) {
   set_system_mode();
   EXPECT_FALSE(context.end_of_input());
   context.stanza_head(kHead);
   EXPECT_FALSE(context.end_of_input());
-  EXPECT_EQ(tally().need_period, 0);
-  EXPECT_EQ(written(), kHead);
+  context.stanza_head(kHead);
+  EXPECT_EQ(written(), std::string(kHead).append(kHead));
 }
 
-TEST_F(RewriteContextTest, OnePassIsEnoughForClosedStanzas) {
+TEST_F(RewriteContextTest, NeedsNoSecondPassAfterAClosedStanza) {
   context.stanza_head(kHead);
   context.stanza_close("}");
   EXPECT_FALSE(context.end_of_input());
-  EXPECT_EQ(tally().need_period + tally().need_rotate + tally().need_compress + tally().need_mail, 0);
+  output.stream().restart();
+  context.stanza_head(kHead);
+  EXPECT_EQ(written(), kHead);
 }
 
-TEST_F(RewriteContextTest, ASecondPassWritesAtTheHeadsWhatTheFirstNeverWrote) {
+TEST_F(RewriteContextTest, WritesInASecondPassAfterEachHeadTheDirectivesThatTheFirstNeverWrote) {
   context.stanza_head("/a {\n");
   EXPECT_TRUE(context.end_of_input());
   output.stream().restart();
   context.stanza_head("/b {\n");
-  EXPECT_EQ(written(), "/b {\n\tweekly\n\trotate 5\n\tcompress\n\tmail a@b\n\tmailfirst\n");
+  context.stanza_head("/c {\n");
+  const std::string missing = "\tweekly\n\trotate 5\n\tcompress\n\tmail a@b\n\tmailfirst\n";
+  EXPECT_EQ(written(), "/b {\n" + missing + "/c {\n" + missing);
 }
 
-// One row a kind: all the others are there in the first pass.
-TEST_F(RewriteContextTest, EachMissingKindAloneMakesASecondPass) {
-  struct Row {
-    int DirectiveTally::*need;
+// Neither missingok nor copytruncate needs a second pass.
+TEST_F(RewriteContextTest, NeedsASecondPassForEachOfFourDirectives) {
+  struct Directive {
+    void (RewriteContext::*line)(std::string_view);
     const char* inserted;
   };
-  constexpr Row rows[] = {{&DirectiveTally::need_period, "\tweekly\n"},
-                          {&DirectiveTally::need_rotate, "\trotate 5\n"},
-                          {&DirectiveTally::need_compress, "\tcompress\n"},
-                          {&DirectiveTally::need_mail, "\tmail a@b\n\tmailfirst\n"}};
-  for (const Row& row : rows) {
-    CapturedOutput output;
-    RewriteContext context(job, output.stream());
-    context.stanza_head("/a {\n");
-    if (row.need != &DirectiveTally::need_period) {
-      context.period_line("daily\n");
+  constexpr Directive directives[] = {{&RewriteContext::period_line, "\tweekly\n"},
+                                      {&RewriteContext::rotate_line, "\trotate 5\n"},
+                                      {&RewriteContext::compress_line, "\tcompress\n"},
+                                      {&RewriteContext::mail_line, "\tmail a@b\n\tmailfirst\n"}};
+  for (const Directive& missing : directives) {
+    CapturedOutput own_output;
+    RewriteContext own_context(job, own_output.stream());
+    own_context.stanza_head("/a {\n");
+    for (const Directive& directive : directives) {
+      if (&directive != &missing) {
+        (own_context.*directive.line)("a line\n");
+      }
     }
-    if (row.need != &DirectiveTally::need_rotate) {
-      context.rotate_line("rotate 1\n");
-    }
-    if (row.need != &DirectiveTally::need_compress) {
-      context.compress_line("compress\n");
-    }
-    if (row.need != &DirectiveTally::need_mail) {
-      context.mail_line("mail x\n");
-    }
-    EXPECT_TRUE(context.end_of_input()) << row.inserted;
-    EXPECT_EQ(context.tally().*row.need, 1) << row.inserted;
-    output.stream().restart();
-    context.stanza_head("/b {\n");
-    EXPECT_EQ(output.text(), std::string("/b {\n") + row.inserted);
+    EXPECT_TRUE(own_context.end_of_input()) << missing.inserted;
+    own_output.stream().restart();
+    own_context.stanza_head("/b {\n");
+    EXPECT_EQ(own_output.text(), std::string("/b {\n") + missing.inserted);
   }
-}
-
-TEST_F(RewriteContextTest, AStanzaThatNeverClosesMayHaveAllThatASecondPassWouldBring) {
   context.stanza_head(kHead);
-  context.period_line("daily\n");
-  context.rotate_line("rotate 1\n");
-  context.compress_line("compress\n");
-  context.mail_line("mail x\n");
-  EXPECT_FALSE(context.end_of_input()) << "neither missingok nor copytruncate asks for another pass";
+  for (const Directive& directive : directives) {
+    (context.*directive.line)("a line\n");
+  }
+  EXPECT_FALSE(context.end_of_input());
 }
 
 } // namespace
