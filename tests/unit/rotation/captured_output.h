@@ -9,14 +9,14 @@
 
 namespace tavek {
 
-/// An open output stream whose file is in memory.
+/// An open output stream to a file in memory.
 class CapturedOutput {
 public:
   CapturedOutput() : file_(memfd_create("output", MFD_CLOEXEC)) { stream_.open(FileDescriptor(dup(file_.get()))); }
 
   OutputStream& stream() { return stream_; }
 
-  /// Ends the stream. Returns all that was written to it.
+  /// Finishes the stream and returns its whole content.
   std::string text() {
     stream_.finish();
     EXPECT_EQ(stream_.error(), 0);

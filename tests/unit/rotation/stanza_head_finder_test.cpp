@@ -12,7 +12,7 @@ std::size_t head_length(std::string_view text) {
   return StanzaHeadFinder().head_length(text);
 }
 
-TEST(StanzaHeadFinder, AHeadEndsWithABraceThatEndsItsLine) {
+TEST(StanzaHeadFinder, EndsAHeadAtABraceThatEndsItsLine) {
   for (const std::string_view head :
        {"/a {\n"sv, "/a{\n"sv, "/{\n"sv, "/a /b \"/c d\" {\n"sv, "/a\n/b\n{\n"sv,
         "/a\n# a comment with a / and a }\n{\n"sv, "/a # {\n"sv, "/a\n\n\n{\n"sv, "/a\0b {\n"sv}) {
@@ -22,21 +22,21 @@ TEST(StanzaHeadFinder, AHeadEndsWithABraceThatEndsItsLine) {
   }
 }
 
-TEST(StanzaHeadFinder, ABraceThatDoesNotEndItsLineOpensNoStanza) {
+TEST(StanzaHeadFinder, FindsNoHeadIfTheNextBraceDoesNotEndItsLine) {
   for (const std::string_view text : {"/a { \n/b {\n"sv, "/a {"sv, "/a { # comment\n"sv, "/a {\r\n"sv, "/a {{\n"sv,
                                       "/a {\0\n"sv, "/a\n# {x\n/b {\n"sv}) {
     EXPECT_EQ(head_length(text), 0U) << text;
   }
 }
 
-TEST(StanzaHeadFinder, NothingOpensAStanzaWithoutABrace) {
+TEST(StanzaHeadFinder, FindsNoHeadWithoutABrace) {
   for (const std::string_view text : {"/"sv, "/a"sv, "/a\n/b\n}\n"sv, "/\0/\n"sv}) {
     EXPECT_EQ(head_length(text), 0U) << text;
   }
 }
 
-// Each '/' of one input in turn, as the scanner passes them.
-TEST(StanzaHeadFinder, FindsTheHeadsOfAnInputOneAfterAnother) {
+// The scanner passes each '/' of an input in turn.
+TEST(StanzaHeadFinder, FindsEveryHeadOfAnInput) {
   constexpr std::string_view input = "/a/b { x /c\n/d {\n} /e {\n} /f";
   StanzaHeadFinder heads;
   const auto length_from = [&](std::string_view start) { return heads.head_length(input.substr(input.find(start))); };

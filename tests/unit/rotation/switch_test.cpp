@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "support/thrown.h"
+
 namespace tavek {
 
 namespace {
@@ -24,61 +26,35 @@ std::string printed(Switch value) {
   return stream.str();
 }
 
-TEST(Switch, HasFixedNumbers) {
-  EXPECT_EQ(static_cast<int>(Switch::keep), 0);
-  EXPECT_EQ(static_cast<int>(Switch::on), 1);
-  EXPECT_EQ(static_cast<int>(Switch::off), 2);
-}
-
 TEST(Switch, PrintsOneNameForEachState) {
   EXPECT_EQ(printed(Switch::keep), "keep");
   EXPECT_EQ(printed(Switch::on), "on");
   EXPECT_EQ(printed(Switch::off), "off");
 }
 
-TEST(Switch, RefusesToPrintAnUnknownState) {
-  for (const int number : {-1, 3}) {
-    try {
-      to_text(static_cast<Switch>(number));
-      ADD_FAILURE() << number << " has a name";
-    } catch (const std::invalid_argument& error) {
-      EXPECT_STREQ(error.what(), "unknown Switch state");
-    }
-  }
+TEST(Switch, ThrowsForAnUnknownState) {
+  EXPECT_EQ(thrown_by<std::invalid_argument>([] { to_text(static_cast<Switch>(3)); }), "unknown Switch state");
 }
 
-TEST(Switch, ReadsEachOfItsSpellings) {
+TEST(Switch, ReadsEverySpelling) {
   for (const Spelling& spelling : kSpellings) {
-    // Whatever is there before, the word decides.
-    for (Switch value : {Switch::keep, Switch::on, Switch::off}) {
-      std::istringstream stream(spelling.word);
-      EXPECT_TRUE(stream >> value) << spelling.word;
-      EXPECT_EQ(value, spelling.value) << spelling.word;
-    }
+    Switch value = spelling.value == Switch::on ? Switch::off : Switch::on;
+    std::istringstream stream(spelling.word);
+    EXPECT_TRUE(stream >> value) << spelling.word;
+    EXPECT_EQ(value, spelling.value) << spelling.word;
   }
 }
 
-TEST(Switch, ReadsBackWhatItPrints) {
-  for (const Switch value : {Switch::keep, Switch::on, Switch::off}) {
-    Switch read = value == Switch::on ? Switch::off : Switch::on;
-    std::istringstream stream(printed(value));
-    EXPECT_TRUE(stream >> read);
-    EXPECT_EQ(read, value);
-  }
-}
-
-TEST(Switch, AnyOtherWordFailsAndChangesNothing) {
-  for (const char* word : {"True", "ON",  "On",   "oN",     "yes",   "no",    "1",    "0",      "o", "of",
-                           "onn",  "tru", "offf", "falsee", "keeps", "FALSE", "Keep", "on,off", "",  "   "}) {
+TEST(Switch, RejectsAnyOtherWordAndKeepsItsValue) {
+  for (const char* word : {"True", "ON", "yes", "1", "o", "onn", "falsee", "Keep", "on,off", "", "   "}) {
     std::istringstream stream(word);
     Switch value = Switch::off;
     EXPECT_FALSE(stream >> value) << word;
-    EXPECT_TRUE((stream.rdstate() & std::ios_base::failbit) != 0) << word;
     EXPECT_EQ(value, Switch::off) << word;
   }
 }
 
-TEST(Switch, ReadsOneWordAndLeavesTheRest) {
+TEST(Switch, ReadsOneWordAtATime) {
   std::istringstream stream(" \t on keep\n");
   Switch first = Switch::off;
   Switch second = Switch::off;
