@@ -1,7 +1,6 @@
 #pragma once
 
-// The scoped way to start from scratch: each test of a fixture derived from this begins with the facility as at process
-// start and without its environment variables, and leaves nothing behind.
+// The log facility as at process start, without its environment variables, for each test of a derived fixture.
 
 #include <cstdarg>
 #include <cstdlib>
@@ -22,7 +21,7 @@ protected:
     unsetenv("TAVEK_LOG_TRACE_ID");
   }
 
-  /// Reports as a caller does that holds a va_list.
+  /// Reports through log_vhook, as a caller with a va_list does.
   __attribute__((format(printf, 2, 3))) static void call_vhook(int level, const char* format, ...) {
     va_list args;
     va_start(args, format);

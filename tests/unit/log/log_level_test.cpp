@@ -13,7 +13,7 @@ namespace {
 
 class LogLevel : public test::FreshLogState {};
 
-// The threshold that log_set_level leaves with TAVEK_LOG_LEVEL set to a text.
+// The threshold after log_set_level(level) with this value of TAVEK_LOG_LEVEL.
 int threshold_with(const char* variable, int level) {
   setenv("TAVEK_LOG_LEVEL", variable, 1);
   log_set_level(level);
@@ -28,13 +28,13 @@ TEST_F(LogLevel, KeepsTheLowThreeBits) {
   }
 }
 
-TEST_F(LogLevel, IsRaisedByTheEnvironmentWhenAskedFor) {
+TEST_F(LogLevel, IsRaisedByTheEnvironmentOnRequest) {
   EXPECT_EQ(threshold_with("7", 5 | kLogLevelFromEnvironment), 7);
   EXPECT_EQ(threshold_with("6", 5 | kLogLevelFromEnvironment), 6);
   EXPECT_EQ(threshold_with("1", 0 | kLogLevelFromEnvironment), 1);
 }
 
-TEST_F(LogLevel, IsNotRaisedByTheEnvironmentUnasked) {
+TEST_F(LogLevel, IsNotRaisedByTheEnvironmentWithoutRequest) {
   EXPECT_EQ(threshold_with("7", 5), 5);
   EXPECT_EQ(threshold_with("7", 5 | 16), 5);
 }
@@ -44,18 +44,18 @@ TEST_F(LogLevel, IsNeverLoweredByTheEnvironment) {
   EXPECT_EQ(threshold_with("0", 7 | kLogLevelFromEnvironment), 7);
 }
 
-TEST_F(LogLevel, IgnoresAVariableThatIsNotOneDigitUpToSeven) {
+TEST_F(LogLevel, IgnoresAVariableThatIsNotADigitFrom0To7) {
   for (const char* variable : {"", "07", "70", "8", "9", "debug", " 7", "7 ", "-", "/", "+7"}) {
     EXPECT_EQ(threshold_with(variable, 2 | kLogLevelFromEnvironment), 2) << variable;
   }
 }
 
-TEST_F(LogLevel, StaysWithoutTheVariable) {
+TEST_F(LogLevel, IsUnchangedWithoutTheVariable) {
   log_set_level(2 | kLogLevelFromEnvironment);
   EXPECT_EQ(log_state().log_threshold, 2);
 }
 
-TEST_F(LogLevel, SetsTheSyslogMaskUpToTheThresholdWithoutADestination) {
+TEST_F(LogLevel, SetsTheSyslogMaskWithoutADestination) {
   for (int level = 0; level <= 7; ++level) {
     test::syslog_calls().clear();
     log_set_level(level);
@@ -64,13 +64,13 @@ TEST_F(LogLevel, SetsTheSyslogMaskUpToTheThresholdWithoutADestination) {
   }
 }
 
-TEST_F(LogLevel, SetsTheSyslogMaskFromARaisedThreshold) {
+TEST_F(LogLevel, SetsTheSyslogMaskToARaisedThreshold) {
   test::syslog_calls().clear();
   threshold_with("7", 3 | kLogLevelFromEnvironment);
   EXPECT_EQ(test::syslog_calls(), std::vector<std::string>{"setlogmask(255)"});
 }
 
-TEST_F(LogLevel, LeavesTheSyslogMaskAloneWithADestination) {
+TEST_F(LogLevel, DoesNotSetTheSyslogMaskWithADestination) {
   log_state().log_destination = "file";
   test::syslog_calls().clear();
   log_set_level(5);

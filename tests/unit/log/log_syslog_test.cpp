@@ -15,7 +15,7 @@ using test::syslog_calls;
 
 class LogSyslog : public test::SyslogFixture {};
 
-TEST_F(LogSyslog, IsOpenedAfreshWithIdentityOptionsFacilityAndMask) {
+TEST_F(LogSyslog, IsOpenedWithIdentityOptionsFacilityAndMask) {
   log_init(nullptr, 5, 24, 2, "tool");
   EXPECT_EQ(syslog_calls(), (Calls{"closelog()", "openlog(tool, 3, 24)", "setlogmask(63)"}));
   EXPECT_EQ(log_state().log_facility, 24);
@@ -24,20 +24,13 @@ TEST_F(LogSyslog, IsOpenedAfreshWithIdentityOptionsFacilityAndMask) {
   EXPECT_EQ(log_state().log_vhook, log_vsyslog);
 }
 
-TEST_F(LogSyslog, IsClosedAndOpenedAgainBySecondInit) {
-  log_init(nullptr, 5, 16, 0, "first");
-  syslog_calls().clear();
-  log_init(nullptr, 2, 8, 0, "second");
-  EXPECT_EQ(syslog_calls(), (Calls{"closelog()", "openlog(second, 1, 8)", "setlogmask(7)"}));
-}
-
-TEST_F(LogSyslog, TakesOverFromADestination) {
+TEST_F(LogSyslog, ReplacesADestination) {
   log_init("stderr", 5, 16, 0, nullptr);
   log_init(nullptr, 5, 16, 0, "tool");
   EXPECT_EQ(calls_of_report(3, "report"), Calls{"vsyslog(3, %s!, report!)"});
 }
 
-TEST_F(LogSyslog, TakesTheArgumentsOfEachReport) {
+TEST_F(LogSyslog, ReceivesTheArgumentsOfEveryReport) {
   log_init(nullptr, 5, 16, 0, "tool");
   for (const char* word : {"first", "second", "third"}) {
     syslog_calls().clear();
@@ -46,7 +39,7 @@ TEST_F(LogSyslog, TakesTheArgumentsOfEachReport) {
   }
 }
 
-TEST_F(LogSyslog, HandsOnlyItsThreeOptionBitsToSyslogButKeepsAll) {
+TEST_F(LogSyslog, PassesOnlySyslogsOwnOptionBitsOnButKeepsAll) {
   log_init(nullptr, 0, 16, 0xff & ~kLogTraced, "tool");
   EXPECT_EQ(syslog_calls()[1], "openlog(tool, 35, 16)");
   EXPECT_EQ(log_get_options(), 0xff & ~kLogTraced);
@@ -63,20 +56,20 @@ TEST_F(LogSyslog, UsesTheShortInvocationNameWithoutAnIdentity) {
   EXPECT_EQ(syslog_calls()[1], "openlog(logtool, 1, 16)");
 }
 
-TEST_F(LogSyslog, CutsAnIdentityToSixtyThreeCharacters) {
+TEST_F(LogSyslog, TruncatesAnIdentityTo63Characters) {
   log_init(nullptr, 0, 16, 0, std::string(63, 'a').c_str());
   EXPECT_EQ(log_state().log_ident.data(), std::string(63, 'a'));
   log_init(nullptr, 0, 16, 0, std::string(64, 'b').c_str());
   EXPECT_EQ(log_state().log_ident.data(), std::string(63, 'b'));
 }
 
-TEST_F(LogSyslog, KeepsTheIdentityItIsGivenAgain) {
+TEST_F(LogSyslog, MayBeGivenItsOwnIdentityAgain) {
   log_init(nullptr, 0, 16, 0, "panel");
   log_init(nullptr, 0, 16, 0, log_state().log_ident.data());
   EXPECT_STREQ(log_state().log_ident.data(), "panel");
 }
 
-TEST_F(LogSyslog, KeepsTheIdentityReadableThatSyslogBorrows) {
+TEST_F(LogSyslog, KeepsTheIdentityThatSyslogBorrows) {
   {
     const std::string identity = "short-lived";
     log_init(nullptr, 0, 16, 0, identity.c_str());
@@ -84,22 +77,17 @@ TEST_F(LogSyslog, KeepsTheIdentityReadableThatSyslogBorrows) {
   EXPECT_EQ(borrowed_identity(), log_state().log_ident.data());
 }
 
-TEST_F(LogSyslog, PassesReportsStraightOnWithoutTracing) {
-  log_init(nullptr, 7, 16, 0, "tool");
-  EXPECT_EQ(calls_of_report(3, "100%"), Calls{"vsyslog(3, %s!, 100%!)"});
-}
-
-TEST_F(LogSyslog, LeavesTheThresholdToTheSyslogMask) {
+TEST_F(LogSyslog, PassesReportsAboveTheThresholdOn) {
   log_init(nullptr, 3, 16, 0, "tool");
   EXPECT_EQ(calls_of_report(7, "detail"), Calls{"vsyslog(7, %s!, detail!)"});
 }
 
-TEST_F(LogSyslog, WritesNothingToTheStreams) {
+TEST_F(LogSyslog, WritesNothingToTheStandardStreams) {
   log_init(nullptr, 7, 16, 0, "tool");
   EXPECT_EQ(test::written_by([] { log_state().log_hook(3, "report"); }), test::Writes{});
 }
 
-TEST_F(LogSyslog, PassesTheArgumentsOfAVaListOn) {
+TEST_F(LogSyslog, ReceivesTheArgumentsOfAVaList) {
   log_init(nullptr, 7, 16, 0, "tool");
   syslog_calls().clear();
   call_vhook(4, "%d%c", 5, 'x');

@@ -14,7 +14,7 @@ namespace {
 using test::Calls;
 using test::syslog_calls;
 
-/// The process has the short name "logtool", whose initial begins a trace id.
+/// A trace id starts with the initial of the process name, "logtool".
 class LogTrace : public test::SyslogFixture {};
 
 std::string own_trace_id() {
@@ -29,7 +29,7 @@ TEST_F(LogTrace, TracesUnderTheInheritedId) {
   EXPECT_EQ(calls_of_report(2, "report"), Calls{"syslog(2, %s, P17: report!)"});
 }
 
-TEST_F(LogTrace, DoesNotHandTheTraceFlagToSyslog) {
+TEST_F(LogTrace, DoesNotPassTheTraceFlagToSyslog) {
   log_init(nullptr, 7, 16, kLogTraced, "tool");
   EXPECT_EQ(syslog_calls(), (Calls{"closelog()", "openlog(tool, 1, 16)", "setlogmask(255)"}));
   EXPECT_EQ(log_get_options(), 65);
@@ -43,25 +43,25 @@ TEST_F(LogTrace, TracesTheArgumentsOfAVaList) {
   EXPECT_EQ(syslog_calls(), Calls{"syslog(4, %s, P17: 5x)"});
 }
 
-TEST_F(LogTrace, CutsAnInheritedIdToSixtyThreeCharacters) {
+TEST_F(LogTrace, TruncatesAnInheritedIdTo63Characters) {
   setenv("TAVEK_LOG_TRACE_ID", std::string(100, 't').c_str(), 1);
   log_init(nullptr, 7, 16, kLogTraced, "tool");
   EXPECT_EQ(log_state().log_trace_id.data(), std::string(63, 't'));
 }
 
-TEST_F(LogTrace, MakesAnIdOfInitialAndProcessIdAndPutsItIntoTheEnvironment) {
+TEST_F(LogTrace, ExportsAnIdMadeOfInitialAndProcessId) {
   log_init(nullptr, 7, 16, kLogTraced, "tool");
   EXPECT_EQ(log_state().log_trace_id.data(), own_trace_id());
   EXPECT_EQ(getenv("TAVEK_LOG_TRACE_ID"), own_trace_id());
 }
 
-TEST_F(LogTrace, MakesAnIdInPlaceOfAnEmptyOne) {
+TEST_F(LogTrace, ReplacesAnEmptyId) {
   setenv("TAVEK_LOG_TRACE_ID", "", 1);
   log_init(nullptr, 7, 16, kLogTraced, "tool");
   EXPECT_EQ(getenv("TAVEK_LOG_TRACE_ID"), own_trace_id());
 }
 
-// The child has another process id, so only the environment can give it the id of its parent.
+// The child has another process id, so only the environment can tell it the id of its parent.
 TEST_F(LogTrace, SharesItsIdWithAChildProcess) {
   log_init(nullptr, 7, 16, kLogTraced, "tool");
   const std::string own = own_trace_id();
@@ -73,30 +73,27 @@ TEST_F(LogTrace, SharesItsIdWithAChildProcess) {
   EXPECT_EXIT(log_in_child(), testing::ExitedWithCode(0), "");
 }
 
-TEST_F(LogTrace, TakesNoIdWithoutTheTraceFlag) {
+TEST_F(LogTrace, NeitherReadsNorExportsAnIdWithoutTheTraceFlag) {
+  log_init(nullptr, 7, 16, 0, "tool");
+  EXPECT_EQ(getenv("TAVEK_LOG_TRACE_ID"), nullptr);
   setenv("TAVEK_LOG_TRACE_ID", "P17", 1);
   log_init(nullptr, 7, 16, 0, "tool");
   EXPECT_STREQ(log_state().log_trace_id.data(), "");
 }
 
-TEST_F(LogTrace, SetsNoVariableWithoutTheTraceFlag) {
-  log_init(nullptr, 7, 16, 0, "tool");
-  EXPECT_EQ(getenv("TAVEK_LOG_TRACE_ID"), nullptr);
-}
-
-TEST_F(LogTrace, StopsTracingWhenInitialisedWithoutTheFlag) {
+TEST_F(LogTrace, StopsAfterAnInitialisationWithoutTheTraceFlag) {
   log_init(nullptr, 7, 16, kLogTraced, "tool");
   log_init(nullptr, 7, 16, 0, "tool");
   EXPECT_EQ(calls_of_report(3, "report"), Calls{"vsyslog(3, %s!, report!)"});
 }
 
-TEST_F(LogTrace, PassesReportsStraightOnWhileTheIdIsEmpty) {
+TEST_F(LogTrace, PassesReportsOnUntracedIfTheIdIsEmpty) {
   log_init(nullptr, 7, 16, kLogTraced, "tool");
   log_state().log_trace_id[0] = '\0';
   EXPECT_EQ(calls_of_report(3, "report"), Calls{"vsyslog(3, %s!, report!)"});
 }
 
-TEST_F(LogTrace, CutsATracedMessageToItsBuffer) {
+TEST_F(LogTrace, TruncatesATracedMessageTo8191Characters) {
   setenv("TAVEK_LOG_TRACE_ID", "P17", 1);
   log_init(nullptr, 7, 16, kLogTraced, "tool");
   const std::string room(8191 - strlen("P17: !"), 'x');

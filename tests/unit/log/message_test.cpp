@@ -18,7 +18,7 @@ using test::on_both_streams;
 using test::Writes;
 using test::written_by;
 
-// What follows a message when errno is ENOENT.
+// The text that follows a message if errno is ENOENT.
 std::string not_found() {
   return "\nSystem error 2: No such file or directory";
 }
@@ -27,7 +27,7 @@ class PrintMessage : public test::FreshLogState {};
 
 class DieMessage : public test::FreshLogState {
 protected:
-  /// What a message that ends nothing prints when errno is `error`.
+  /// The output of a message that does not exit, with errno set to `error`.
   static Writes written(int error, const std::string& message) {
     return written_by([error, &message] {
       errno = error;
@@ -36,41 +36,31 @@ protected:
   }
 };
 
-// Lets a death test, which sees standard error only, see both streams in their order.
+// A death test sees standard error only. This makes it see both streams in order.
 void join_streams() {
   dup2(STDERR_FILENO, STDOUT_FILENO);
 }
 
-TEST_F(PrintMessage, PrintsOnBothStreamsStandardErrorFirst) {
+TEST_F(PrintMessage, PrintsOnStandardErrorThenOnStandardOutput) {
   EXPECT_EQ(written_by([] { print_message("text", 0); }), on_both_streams("text\n"));
 }
 
-TEST_F(PrintMessage, AddsNoNewlineToATextThatHasOne) {
-  EXPECT_EQ(written_by([] { print_message("text\n", 0); }), on_both_streams("text\n"));
-  EXPECT_EQ(written_by([] { print_message("\n", 0); }), on_both_streams("\n"));
-  EXPECT_EQ(written_by([] { print_message("two\nlines", 0); }), on_both_streams("two\nlines\n"));
-}
-
-TEST_F(PrintMessage, EndsAnEmptyTextWithANewline) {
+TEST_F(PrintMessage, EndsTheTextWithExactlyOneNewline) {
+  EXPECT_EQ(written_by([] { print_message("two\nlines\n", 0); }), on_both_streams("two\nlines\n"));
   EXPECT_EQ(written_by([] { print_message("", 0); }), on_both_streams("\n"));
 }
 
-TEST_F(PrintMessage, TakesTheTextLiterally) {
+TEST_F(PrintMessage, PrintsPercentSignsUnchanged) {
   EXPECT_EQ(written_by([] { print_message("%s%n", 0); }), on_both_streams("%s%n\n"));
 }
 
-TEST_F(PrintMessage, BeginsWithTheBaseNameOfTheProgram) {
+TEST_F(PrintMessage, StartsWithTheBaseNameOfTheProgram) {
   log_state().program_path = "/opt/oru/admin/sbin/tool";
   EXPECT_EQ(written_by([] { print_message("text\n", 0); }), on_both_streams("tool: text\n"));
   EXPECT_EQ(written_by([] { print_message("", 0); }), on_both_streams("tool: \n"));
 }
 
-TEST_F(PrintMessage, BeginsWithAProgramNameThatHasNoSlash) {
-  log_state().program_path = "tool";
-  EXPECT_EQ(written_by([] { print_message("text", 0); }), on_both_streams("tool: text\n"));
-}
-
-TEST_F(PrintMessage, ReturnsZeroWithStatusZero) {
+TEST_F(PrintMessage, ReturnsZeroForStatusZero) {
   int result = -1;
   written_by([&result] { result = print_message("text", 0, 5); });
   EXPECT_EQ(result, 0);
@@ -78,12 +68,13 @@ TEST_F(PrintMessage, ReturnsZeroWithStatusZero) {
 
 TEST_F(PrintMessage, ExitsWithAnyOtherStatusAfterPrinting) {
   log_state().program_path = "/sbin/tool";
-  EXPECT_EXIT((join_streams(), print_message("gone", 3)), testing::ExitedWithCode(3), "^tool: gone\ntool: gone\n$");
-  EXPECT_EXIT((join_streams(), print_message("gone\n", 255, 1)), testing::ExitedWithCode(255),
-              "^tool: gone\ntool: gone\n$");
+  for (const int status : {1, 3, 255}) {
+    EXPECT_EXIT((join_streams(), print_message("gone", status, 1)), testing::ExitedWithCode(status),
+                "^tool: gone\ntool: gone\n$");
+  }
 }
 
-TEST_F(DieMessage, PrintsTheFormattedMessageAloneWithoutASystemError) {
+TEST_F(DieMessage, PrintsOnlyTheFormattedMessageIfErrnoIsZero) {
   const auto action = [] {
     errno = 0;
     die_message(0, 0, "%s of %d", "five", 7);
@@ -98,7 +89,7 @@ TEST_F(DieMessage, AppendsTheSystemError) {
             on_both_streams("tool: cannot open\n\nSystem error 13: Permission denied\n"));
 }
 
-TEST_F(DieMessage, KeepsTheSystemErrorForItsCaller) {
+TEST_F(DieMessage, LeavesErrnoUnchanged) {
   int error = 0;
   written_by([&error] {
     errno = ENOENT;
@@ -110,33 +101,29 @@ TEST_F(DieMessage, KeepsTheSystemErrorForItsCaller) {
 
 TEST_F(DieMessage, ExitsWithItsStatus) {
   log_state().program_path = "tool";
-  const auto die = [](int error) {
+  const auto die = [](int status) {
     join_streams();
-    errno = error;
-    die_message(4, 9, "no %s", "way");
+    errno = ENOENT;
+    die_message(status, 9, "no %s", "way");
   };
-  EXPECT_EXIT(die(0), testing::ExitedWithCode(4), "^tool: no way\ntool: no way\n$");
   const std::string line = "tool: no way" + not_found() + "\n";
-  EXPECT_EXIT(die(ENOENT), testing::ExitedWithCode(4), "^" + line + line + "$");
+  for (const int status : {1, 4}) {
+    EXPECT_EXIT(die(status), testing::ExitedWithCode(status), "^" + line + line + "$");
+  }
 }
 
-TEST_F(DieMessage, PrintsALongMessageWhole) {
-  for (const std::size_t length : {4094U, 4095U, 4096U, 4097U, 20000U}) {
+TEST_F(DieMessage, PrintsTheWholeOfALongMessage) {
+  for (const std::size_t length : {4095U, 4096U, 4097U, 20000U}) {
     const std::string message(length, 'm');
     EXPECT_EQ(written(0, message), on_both_streams(message + "\n")) << length;
   }
 }
 
-TEST_F(DieMessage, AppendsASystemErrorThatJustFits) {
-  const std::string message(4095 - not_found().size(), 'm');
-  EXPECT_EQ(written(ENOENT, message), on_both_streams(message + not_found() + "\n"));
-}
-
-TEST_F(DieMessage, LosesASystemErrorThatDoesNotFit) {
-  for (const std::size_t length :
-       {4096 - not_found().size(), std::size_t{4095}, std::size_t{4096}, std::size_t{9000}}) {
-    const std::string message(length, 'm');
-    EXPECT_EQ(written(ENOENT, message), on_both_streams(message + "\n")) << length;
+TEST_F(DieMessage, OmitsASystemErrorThatDoesNotFitIn4096Bytes) {
+  const std::string fits(4095 - not_found().size(), 'm');
+  EXPECT_EQ(written(ENOENT, fits), on_both_streams(fits + not_found() + "\n"));
+  for (const std::string& message : {fits + "m", std::string(4095, 'm'), std::string(9000, 'm')}) {
+    EXPECT_EQ(written(ENOENT, message), on_both_streams(message + "\n")) << message.size();
   }
 }
 
@@ -145,29 +132,31 @@ TEST_F(DieMessage, AllocatesOnceForAMessageOfUpTo4095Characters) {
   EXPECT_EQ(written(0, std::string(4095, 'm')), on_both_streams(std::string(4095, 'm') + "\n"));
 }
 
-TEST_F(DieMessage, CutsALongMessageWhenMemoryRunsOut) {
+TEST_F(DieMessage, TruncatesALongMessageIfMemoryRunsOut) {
   const CallFault second(Call::allocation, ENOMEM, 2);
   EXPECT_EQ(written(ENOENT, std::string(5000, 'm')), on_both_streams(std::string(4095, 'm') + "\n"));
 }
 
-TEST_F(DieMessage, SaysSoWhenThereIsNoMemoryAtAll) {
+TEST_F(DieMessage, ReportsThatThereIsNoMemoryAtAll) {
   log_state().program_path = "tool";
   const CallFault first(Call::allocation, ENOMEM);
   EXPECT_EQ(written(ENOENT, "text"), on_both_streams("tool: Can't allocate memory for error message\n"));
 }
 
-TEST_F(DieMessage, ExitsWithItsStatusAlsoWithoutMemory) {
-  const auto die = [] {
+TEST_F(DieMessage, ExitsWithItsStatusEvenWithoutMemory) {
+  const auto die = [](int status) {
     join_streams();
     const CallFault first(Call::allocation, ENOMEM);
-    die_message(6, 0, "text");
+    die_message(status, 0, "text");
   };
   const std::string line = "Can't allocate memory for error message\n";
-  EXPECT_EXIT(die(), testing::ExitedWithCode(6), "^" + line + line + "$");
+  for (const int status : {1, 6}) {
+    EXPECT_EXIT(die(status), testing::ExitedWithCode(status), "^" + line + line + "$");
+  }
 }
 
-// The wide character has no form in the C locale, so that the message cannot be formatted to its end.
-TEST_F(DieMessage, SurvivesAFormatThatCannotBeCarriedOut) {
+// The C locale cannot represent the wide character, so formatting fails.
+TEST_F(DieMessage, PrintsTheStartOfAMessageThatCannotBeFormatted) {
   int error = 0;
   const auto action = [&error] {
     errno = ENOENT;
@@ -175,7 +164,7 @@ TEST_F(DieMessage, SurvivesAFormatThatCannotBeCarriedOut) {
     error = errno;
   };
   const Writes writes = written_by(action);
-  EXPECT_EQ(error, ENOENT) << "the caller's, not that of the format";
+  EXPECT_EQ(error, ENOENT) << "the error of the caller, not that of formatting";
   ASSERT_EQ(writes.size(), 2U);
   EXPECT_TRUE(writes[0].second.starts_with("text")) << writes[0].second;
 }

@@ -7,7 +7,7 @@ namespace tavek::test {
 
 namespace {
 
-/// Stands in for one of the two streams. It is fully buffered, so that a text arrives only when it is flushed.
+/// Replaces one of the two streams. It is fully buffered, so text arrives only when it is flushed.
 class StandIn {
 public:
   StandIn(FILE*& stream, std::string name, bool broken, Writes& writes)
@@ -19,7 +19,7 @@ public:
   ~StandIn() {
     FILE* own = stream_;
     stream_ = original_;
-    broken_ = true; // What was not flushed until now does not count.
+    broken_ = true; // Drops text that was never flushed.
     fclose(own);
   }
   StandIn(const StandIn&) = delete;

@@ -1,17 +1,17 @@
 #pragma once
 
-// The test program has its own openlog, closelog, setlogmask, syslog and vsyslog, which only note how they are called.
+// Replaces openlog, closelog, setlogmask, syslog and vsyslog in the test program by functions that only record calls.
 
 #include <string>
 #include <vector>
 
 namespace tavek::test {
 
-/// The calls since the last clearing, in order, for example "openlog(tool, 1, 16)", "syslog(3, %s, text)" with the
-/// format and the formatted text, or "setlogmask(127)".
+/// The calls since the last clear(), in order: for example "openlog(tool, 1, 16)", "setlogmask(127)" or "syslog(3, %s,
+/// text)", which has both the format and the formatted text.
 std::vector<std::string>& syslog_calls();
 
-/// The identity that openlog was given last. The C library borrows it, so it has to stay readable.
+/// The identity last passed to openlog. The C library borrows it, so it must remain readable.
 const char* borrowed_identity();
 
 } // namespace tavek::test

@@ -13,7 +13,7 @@ inline std::string repeated(std::size_t length) {
   return std::string(length, 'r');
 }
 
-/// A growable string as its callers hold it. Each operation checks that the text is returned and its room exact.
+/// A growable string as a caller owns it.
 class StrbufFixture : public testing::Test {
 protected:
   ~StrbufFixture() override { free(text); }
@@ -24,7 +24,7 @@ protected:
     ASSERT_NE(result, nullptr);
     EXPECT_EQ(result, text);
   }
-  // Every byte of the room is usable; the address sanitizer objects otherwise.
+  // Writes to every byte of the room, so that the address sanitizer reports a block that is too small.
   void fill_room() { memset(text + strlen(text), 'f', room + 1); }
 
   void expect(const std::string& expected_text, std::size_t expected_room) {

@@ -14,24 +14,24 @@ using test::repeated;
 
 class StrbufPrintf : public test::StrbufFixture {};
 
-TEST_F(StrbufPrintf, MakesATemplateForTheNameOfATemporaryFile) {
+TEST_F(StrbufPrintf, FormatsTheNameOfATemporaryFile) {
   const std::string path = "/" + repeated(99);
   EXPECT_EQ(strbuf_printf(&text, &room, "%s.XXXXXX", path.c_str()), text);
   expect(path + ".XXXXXX", 52);
 }
 
-TEST_F(StrbufPrintf, AddsAtTheEnd) {
+TEST_F(StrbufPrintf, AppendsTheFormattedText) {
   append("number ");
   EXPECT_EQ(strbuf_printf(&text, &room, "%d of %s", 5, "seven"), text);
   expect("number 5 of seven", 79 - 17);
 }
 
-TEST_F(StrbufPrintf, AddsNothing) {
+TEST_F(StrbufPrintf, MayAppendNothing) {
   EXPECT_EQ(strbuf_printf(&text, &room, "%s", ""), text);
   expect("", 79);
 }
 
-TEST_F(StrbufPrintf, UsesTheWholeRoomWithoutGrowing) {
+TEST_F(StrbufPrintf, UsesAllOfItsRoomBeforeItGrows) {
   const CallFault second(Call::allocation, ENOMEM, 2);
   EXPECT_NE(strbuf_printf(&text, &room, "%s", repeated(79).c_str()), nullptr);
   expect(repeated(79), 0);
@@ -49,7 +49,7 @@ TEST_F(StrbufPrintf, FormatsTheSameArgumentsAgainAfterGrowing) {
   expect("r" + repeated(300) + "5six", 0);
 }
 
-TEST_F(StrbufPrintf, KeepsTextAndRoomWhenItCannotGrow) {
+TEST_F(StrbufPrintf, KeepsTextAndRoomIfItCannotGrow) {
   append("text");
   const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
@@ -58,7 +58,7 @@ TEST_F(StrbufPrintf, KeepsTextAndRoomWhenItCannotGrow) {
   expect("text", 75);
 }
 
-TEST_F(StrbufPrintf, StaysNullWhenThereIsNoMemoryToBegin) {
+TEST_F(StrbufPrintf, RemainsNullIfItCannotBeAllocated) {
   const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
   EXPECT_EQ(strbuf_printf(&text, &room, "%d", 5), nullptr);
@@ -66,15 +66,15 @@ TEST_F(StrbufPrintf, StaysNullWhenThereIsNoMemoryToBegin) {
   EXPECT_EQ(text, nullptr);
 }
 
-// The wide character has no form in the C locale.
-TEST_F(StrbufPrintf, KeepsTheTextWhenTheFormatCannotBeCarriedOut) {
+// The C locale cannot represent the wide character.
+TEST_F(StrbufPrintf, KeepsTheTextIfTheFormatFails) {
   append("text");
   EXPECT_EQ(strbuf_printf(&text, &room, "more %lc", static_cast<wint_t>(0x3b1)), nullptr);
   expect("text", 75);
 }
 
-// The first pass overwrites the end of its own argument with the count of characters, which makes the second longer.
-TEST_F(StrbufPrintf, RefusesATextThatGrewPastTheRoomMeanwhile) {
+// %hhn overwrites the NUL that ends the argument, so the second pass finds a longer text than the first.
+TEST_F(StrbufPrintf, RejectsATextThatGrowsBetweenTheTwoPasses) {
   std::string argument = repeated(300);
   argument[100] = '\0';
   auto* end = reinterpret_cast<signed char*>(&argument[100]);

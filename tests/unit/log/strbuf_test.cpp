@@ -15,20 +15,20 @@ using test::repeated;
 
 class Strbuf : public test::StrbufFixture {};
 
-TEST_F(Strbuf, BeginsEmptyWithRoomFor79) {
+TEST_F(Strbuf, StartsEmptyWithRoomFor79Characters) {
   EXPECT_EQ(strbuf_init(&text, &room), text);
   expect("", 79);
   fill_room();
 }
 
-TEST_F(Strbuf, IsNotInitialisedTwice) {
+TEST_F(Strbuf, IsInitialisedOnlyOnce) {
   append("text");
   char* const before = text;
   EXPECT_EQ(strbuf_init(&text, &room), before);
   expect("text", 75);
 }
 
-TEST_F(Strbuf, StaysNullWhenThereIsNoMemoryToBegin) {
+TEST_F(Strbuf, RemainsNullIfItCannotBeAllocated) {
   const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
   EXPECT_EQ(strbuf_init(&text, &room), nullptr);
@@ -37,7 +37,7 @@ TEST_F(Strbuf, StaysNullWhenThereIsNoMemoryToBegin) {
   EXPECT_EQ(room, 80U);
 }
 
-TEST_F(Strbuf, ReservesNothingThatItHas) {
+TEST_F(Strbuf, AllocatesNothingForRoomThatItHas) {
   init();
   char* const before = text;
   const CallFault counted(Call::allocation, ENOMEM);
@@ -46,27 +46,21 @@ TEST_F(Strbuf, ReservesNothingThatItHas) {
   EXPECT_FALSE(counted.happened());
 }
 
-TEST_F(Strbuf, GrowsByEightyWhenLessIsMissing) {
+TEST_F(Strbuf, GrowsBy80Characters) {
   append("0123456789");
   EXPECT_EQ(strbuf_reserve(&text, &room, 70), text);
   expect("0123456789", 69 + 80);
   fill_room();
 }
 
-TEST_F(Strbuf, GrowsByEightyWhenJustThatIsMissing) {
-  init();
-  EXPECT_EQ(strbuf_reserve(&text, &room, 79 + 80), text);
-  expect("", 79 + 80);
-}
-
-TEST_F(Strbuf, GrowsByWhatIsMissingWhenThatIsMore) {
+TEST_F(Strbuf, GrowsByTheShortfallIfThatIsMore) {
   append("0123456789");
   EXPECT_EQ(strbuf_reserve(&text, &room, 69 + 81), text);
   expect("0123456789", 69 + 81);
   fill_room();
 }
 
-TEST_F(Strbuf, KeepsTextAndRoomWhenItCannotGrow) {
+TEST_F(Strbuf, KeepsTextAndRoomIfItCannotGrow) {
   append("text");
   const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
@@ -75,7 +69,7 @@ TEST_F(Strbuf, KeepsTextAndRoomWhenItCannotGrow) {
   expect("text", 75);
 }
 
-TEST_F(Strbuf, RefusesASizeThatDoesNotFit) {
+TEST_F(Strbuf, RejectsASizeThatOverflows) {
   append("text");
   const CallFault counted(Call::allocation, ENOMEM);
   // The block would have 4 + 1 + SIZE_MAX bytes.
@@ -90,7 +84,7 @@ TEST_F(Strbuf, RefusesASizeThatDoesNotFit) {
   expect("text", 75);
 }
 
-TEST_F(Strbuf, AsksTheAllocatorForTheLargestSizeThatFits) {
+TEST_F(Strbuf, RequestsTheLargestSizeThatDoesNotOverflow) {
   append("text");
   const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
@@ -99,7 +93,7 @@ TEST_F(Strbuf, AsksTheAllocatorForTheLargestSizeThatFits) {
   EXPECT_TRUE(first.happened());
 }
 
-TEST_F(Strbuf, RefusesARoomThatDoesNotFit) {
+TEST_F(Strbuf, RejectsARoomThatOverflows) {
   append("text");
   room = SIZE_MAX - 1;
   errno = 0;
@@ -108,7 +102,7 @@ TEST_F(Strbuf, RefusesARoomThatDoesNotFit) {
   expect("text", SIZE_MAX - 1);
 }
 
-TEST_F(Strbuf, AppendsAndCountsTheRoomDown) {
+TEST_F(Strbuf, ReducesTheRoomWithEachAppend) {
   append("one");
   expect("one", 76);
   append("");
@@ -117,26 +111,24 @@ TEST_F(Strbuf, AppendsAndCountsTheRoomDown) {
   expect("one, two", 71);
 }
 
-TEST_F(Strbuf, AppendsWithoutGrowingUntilTheRoomIsUsedUp) {
-  const CallFault second(Call::allocation, ENOMEM, 2);
-  append(repeated(79));
-  expect(repeated(79), 0);
-}
-
-TEST_F(Strbuf, GrowsForOneCharacterTooMany) {
-  append(repeated(79));
+TEST_F(Strbuf, GrowsOnlyIfAnAppendedStringDoesNotFit) {
+  {
+    const CallFault second(Call::allocation, ENOMEM, 2);
+    append(repeated(79));
+    expect(repeated(79), 0);
+  }
   append("r");
   expect(repeated(80), 79);
   fill_room();
 }
 
-TEST_F(Strbuf, AppendsALongStringExactly) {
+TEST_F(Strbuf, AppendsALongString) {
   append("r");
   append(repeated(1000));
   expect(repeated(1001), 0);
 }
 
-TEST_F(Strbuf, KeepsTheTextWhenAnAppendedOneFindsNoMemory) {
+TEST_F(Strbuf, KeepsTheTextIfItCannotGrowForAnAppendedString) {
   append("text");
   const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
@@ -145,7 +137,7 @@ TEST_F(Strbuf, KeepsTheTextWhenAnAppendedOneFindsNoMemory) {
   expect("text", 75);
 }
 
-TEST_F(Strbuf, AppendsNothingWhenThereIsNoMemoryToBegin) {
+TEST_F(Strbuf, AppendsNothingIfItCannotBeAllocated) {
   const CallFault first(Call::allocation, ENOMEM);
   errno = 0;
   EXPECT_EQ(strbuf_append(&text, &room, "text"), nullptr);

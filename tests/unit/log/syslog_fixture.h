@@ -11,7 +11,7 @@ namespace tavek::test {
 
 using Calls = std::vector<std::string>;
 
-/// Begins without calls of syslog, in a process whose short name is "logtool".
+/// A fresh log state in a process whose short name is "logtool". No syslog calls are recorded yet.
 class SyslogFixture : public FreshLogState {
 protected:
   SyslogFixture() {
@@ -20,7 +20,7 @@ protected:
   }
   ~SyslogFixture() override { program_invocation_short_name = original_; }
 
-  /// How a report with the format "%s!" is passed on.
+  /// The syslog calls for a report with the format "%s!".
   static Calls calls_of_report(int level, const char* text) {
     syslog_calls().clear();
     log_state().log_hook(level, "%s!", text);
