@@ -157,6 +157,14 @@ TEST_F(FileReplacementTest, OpensTheTemplateItselfIfNoRandomNameIsAvailable) {
   EXPECT_EQ(mode_of(target), 0644U);
 }
 
+TEST_F(FileReplacementTest, EmptiesAnExistingFileUnderTheNameOfTheTemplate) {
+  directory.write("target.XXXXXX", "longer than the new content");
+  const CallFault fault(Call::mkostemp, EEXIST);
+  FileReplacement replacement(target);
+  write_and_rename(replacement);
+  EXPECT_EQ(content_of(target), "new");
+}
+
 // Anyone can predict that name.
 TEST_F(FileReplacementTest, FollowsNoLinkUnderTheNameOfTheTemplate) {
   directory.write("pointee", "kept");
