@@ -45,6 +45,14 @@ TEST_F(Driver, LoadsTheConfigurationBeforeItParsesTheCommandLine) {
   EXPECT_STREQ(runtime_conf_file_value(HTTPD_VHOSTS_D), vhosts.c_str());
 }
 
+TEST_F(Driver, GivesACategorysFileMode0644IfNoRandomNameIsAvailable) {
+  const mode_t before = umask(077);
+  const CallFault fault(Call::mkostemp, EEXIST);
+  run_tool({"-K", "--nginx-logs", "--rot-count=4", target});
+  umask(before);
+  EXPECT_EQ(mode_of(target), 0644U);
+}
+
 TEST_F(Driver, ReplacesNothingIfATerminationSignalArrivesBeforeTheRename) {
   const auto receive = [&](int signal) {
     constexpr rlimit no_core{};
