@@ -1,5 +1,5 @@
-# Prints what zsh completes behind a command line: complete.zsh FOLDER LINE, the completion function being in FOLDER.
-# A real interactive shell on a terminal of its own gets the line and a tab; what it adds as matches goes to a file.
+# Prints the completions of a command line in zsh: complete.zsh FOLDER LINE. FOLDER contains the completion function.
+# An interactive shell on a pseudo-terminal receives the line and a tab and records its matches in a file.
 zmodload zsh/zpty
 zmodload zsh/zselect
 export MATCHES=$1/matches TERM=dumb
@@ -7,29 +7,29 @@ rm -f $MATCHES $MATCHES.done
 cat >$1/setup.zsh <<'SETUP'
 PROMPT= fpath=($1 $fpath)
 autoload -Uz compinit
-compinit -u -D
+compinit -u -d $1/dump # Later shells start in a quarter of the time with the dump.
 compadd() {
   local -a found
-  # With one of these it is a query by the completion system itself and adds nothing.
+  # With -O, -A or -D the completion system only queries and adds nothing.
   if (( ! ${@[1,(i)(-|--)][(I)-(O|A|D)]} )); then
     builtin compadd -A found "$@"
     (( $#found )) && print -rl -- $found >>$MATCHES
   fi
   builtin compadd "$@"
 }
-complete_and_tell() {
+complete_and_report() {
   _main_complete
   : >$MATCHES.done
 }
-zle -C complete-word complete-word complete_and_tell
+zle -C complete-word complete-word complete_and_report
 bindkey '^I' complete-word
 SETUP
 zpty shell zsh -f -i
 zpty -w shell "source $1/setup.zsh $1"
 zpty -n -w shell "$2"$'\t'
-for tenth in {1..300}; do
+for wait in {1..1500}; do
   [[ -e $MATCHES.done ]] && break
-  zselect -t 10
+  zselect -t 2
 done
 zpty -d shell
 [[ -e $MATCHES.done ]] || { print -u2 'zsh did not complete in 30 s'; exit 1; }

@@ -1,4 +1,4 @@
-"""The scratch machine that a document's commands run on: one a document, so that a block finds what earlier ones made."""
+"""The sandbox in which a document's commands run: one per document, so that each block finds the files of earlier ones."""
 
 import pathlib
 import re
@@ -8,13 +8,13 @@ import tempfile
 TOP = pathlib.Path(__file__).resolve().parent.parent.parent
 PATH = "/opt/oru/admin/sbin:/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 SECONDS = 300
-# Follows each command of a console; the record separator is in no document.
-TELL_STATUS = "\nprintf '\\036%d\\036' $?\n"
+# Follows each command of a console. No document contains the record separator.
+PRINT_STATUS = "\nprintf '\\036%d\\036' $?\n"
 
 
 class World:
     def __init__(self, program):
-        self.folder = tempfile.TemporaryDirectory(prefix="docs.")
+        self.folder = tempfile.TemporaryDirectory(prefix="docs.", dir="/dev/shm")  # Thousands of syncs are slow on a disk.
         self.root = pathlib.Path(self.folder.name)
         self.root.chmod(0o755)
         self.start = [str(TOP / "tools" / "sandbox"), "--program", str(program), str(self.root)]
@@ -23,7 +23,7 @@ class World:
         self.folder.cleanup()
 
     def run(self, *command):
-        """The exit status and everything printed."""
+        """Returns the exit status and the output."""
         try:
             result = subprocess.run([*self.start, *command], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                     stderr=subprocess.STDOUT, timeout=SECONDS, check=False)
@@ -35,11 +35,11 @@ class World:
         return self.run("/usr/bin/env", f"PATH={PATH}", "LC_ALL=C.UTF-8", "/bin/sh", options, "-c", "cd /tmp\n" + script)
 
     def script(self, block):
-        """Problems with a script, which must succeed."""
+        """Returns the problems of a script, which must succeed."""
         status, printed = self.shell("-eu", block.text())
-        return [] if status == 0 else [f"exit status {status}, having printed: {printed!r}"]
+        return [] if status == 0 else [f"exit status {status}, output: {printed!r}"]
 
     def console(self, commands):
-        """A status and an output for each command that was reached, run in one shell."""
-        _, printed = self.shell("-u", "exec 2>&1\n" + "".join(command.text + TELL_STATUS for command in commands))
+        """Runs the commands in one shell; returns the status and the output of each one reached."""
+        _, printed = self.shell("-u", "exec 2>&1\n" + "".join(command.text + PRINT_STATUS for command in commands))
         return [(int(status), output) for output, status in re.findall("([^\036]*)\036([0-9]+)\036", printed)]
