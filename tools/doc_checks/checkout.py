@@ -1,24 +1,17 @@
-"""Commands that a document gives for the top of the source tree: building, testing, packaging."""
+"""Checks commands for the top of the source tree: building, testing, packaging. They are not run."""
 
 import json
 import os
-import pathlib
 import re
 import shlex
 import shutil
-import subprocess
-import tempfile
 
 from .documents import Command
 from .world import TOP
 
-# Set while such commands run, so that a test suite run by a document does not run the documents' commands again.
-RUNNING = "TAVEK_DOCS_CHECKOUT"
-SECONDS = 3600
-
 
 def commands(block):
-    """The commands of a block, one a line unless a line ends in a backslash; comments are none."""
+    """Returns the commands of a block: its lines, joined at a final backslash, without comments."""
     found, text, first = [], "", 0
     for number, line in enumerate(block.lines, block.line + 1):
         first = first if text else number
@@ -38,8 +31,8 @@ def presets():
     return {preset["name"] for kind, rows in known.items() if kind.endswith("Presets") for preset in rows}
 
 
-def look_up(text):
-    """Whether the programs that a command names exist, and the presets."""
+def problems_of(text):
+    """Returns a problem for each program or preset of a command that does not exist."""
     problems = []
     for part in re.split(r"&&|\|\||;|\|", text):
         words = shlex.split(part, comments=True)
@@ -50,34 +43,3 @@ def look_up(text):
             problems.append(f"there is no program '{words[0]}'")
         problems += [f"there is no preset '{name}'" for name in re.findall(r"--preset[= ](\S+)", part) if name not in presets()]
     return problems
-
-
-class Build:
-    """A copy of the source tree, made when the first command is to be run in it."""
-
-    def __init__(self, really):
-        self.really = really and RUNNING not in os.environ
-        self.folder = None
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        if self.folder:
-            self.folder.cleanup()
-
-    def copy(self):
-        if not self.folder:
-            self.folder = tempfile.TemporaryDirectory(prefix="checkout.")
-            shutil.copytree(TOP, pathlib.Path(self.folder.name) / TOP.name, symlinks=True,
-                            ignore=lambda folder, _: ["build"] if folder == str(TOP) else [])
-        return pathlib.Path(self.folder.name) / TOP.name
-
-    def problems(self, text):
-        problems = look_up(text)
-        if problems or not self.really:
-            return problems
-        result = subprocess.run(["sh", "-eu", "-c", text], cwd=self.copy(), env={**os.environ, RUNNING: "1"}, check=False,
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                                timeout=SECONDS)
-        return [] if result.returncode == 0 else [f"exit status {result.returncode}:\n" + result.stdout[-2000:]]
