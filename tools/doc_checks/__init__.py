@@ -1,1 +1,1 @@
-"""What tools/test-docs is made of: documents.py reads, world.py runs, manual.py and completion.py compare."""
+"""The parts of tools/test-docs: documents.py reads, world.py runs, manual.py and completion.py compare."""

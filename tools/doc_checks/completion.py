@@ -1,4 +1,4 @@
-"""Asks both shells what they complete, on a scratch machine that has a few hosts."""
+"""Checks what both shells complete in a sandbox with a few hosts."""
 
 import pathlib
 import shutil
@@ -7,11 +7,11 @@ from . import world
 
 HERE = pathlib.Path(__file__).resolve().parent
 HOSTS = ("example.com", "example.net", "shop.museum")
-# The last is a temporary file; shop.museum is a host whose name ends like one.
+# The last is a temporary file; shop.museum is a host whose name looks like one.
 FILES = HOSTS + ("example.com.Vk3x0a",)
 SWITCH = {"true", "false", "keep"}
 
-# What is typed behind the program's name, and what both shells offer.
+# The text after the program's name, and the completions of both shells.
 BOTH = [
     ("", set(HOSTS)),
     ("exa", {"example.com", "example.net"}),
@@ -65,7 +65,7 @@ def prepare(machine):
 
 
 def checks(machine, options):
-    """(name, problems) of everything that is compared; `options` are those of the usage text."""
+    """Yields the name and the problems of each check; `options` are those of the usage text."""
     for shell in prepare(machine):
         yield f"{shell.name}: the options of the usage text", shell.problems("-", options)
         for typed, expected in BOTH:

@@ -1,16 +1,16 @@
 """Finds the commands in Markdown files and manual pages.
 
-A Markdown block is what its fence says:
+The fence of a Markdown block gives its kind:
 
     ```sh               a script, run in the sandbox; it must end with status 0
-    ```console          commands behind "# " or "$ ", continued behind "> ", each followed by exactly what it prints;
-                        they share a shell, and each must end with status 0
-    ```console fails    the same, and each must fail
-    ```sh checkout      commands for the top of the source tree
+    ```console          commands after "# " or "$ ", continued after "> ", each followed by its exact output; they run
+                        in one shell, and each must end with status 0
+    ```console fails    the same, but each must fail
+    ```sh checkout      commands for the top of the source tree, not run
     ```other or ```     not commands
 
-A comment that begins with "<!-- before" holds a script that makes what the following blocks take for granted.
-In a manual page the literal displays of EXAMPLES are consoles, and comments '.\\"! ...' are such scripts.
+A comment that starts with "<!-- before" contains a script that prepares the following blocks. In a manual page the
+literal displays of EXAMPLES are consoles, and comments '.\\"! ...' are such scripts.
 """
 
 import re
@@ -18,7 +18,7 @@ from dataclasses import dataclass, field
 
 FENCE = re.compile(r"^(?P<indent> *)```(?P<words>[^`]*)$")
 KINDS = {("sh",): "script", ("console",): "console", ("console", "fails"): "failing console", ("sh", "checkout"): "checkout"}
-# Fences that look like commands but are none of the above would escape the test.
+# Fences with these words but another kind are errors: their commands would not be tested.
 SHELLS = {"sh", "bash", "shell", "zsh", "console", "shell-session", "shellsession"}
 
 
@@ -40,7 +40,7 @@ class Block:
         return "".join(line + "\n" for line in self.lines)
 
     def commands(self):
-        """The commands of a console, each with its output."""
+        """Returns the commands of a console with their outputs."""
         commands = []
         for number, line in enumerate(self.lines, self.line + 1):
             if line.startswith(("# ", "$ ")):
@@ -58,7 +58,7 @@ def kind_of(words, where):
     if words in KINDS:
         return KINDS[words]
     if words and words[0] in SHELLS:
-        raise ValueError(f"{where}: a block marked '{' '.join(words)}' is no kind of block that is run")
+        raise ValueError(f"{where}: a block marked '{' '.join(words)}' is of no known kind")
     return "text"
 
 
@@ -83,7 +83,7 @@ def markdown_blocks(path, text):
 
 
 def unescape(line):
-    """The text of a line in a literal display. Only these escapes are used there."""
+    """Returns the text of a line in a literal display, where only these escapes are used."""
     def character(match):
         return {r"\-": "-", r"\e": "\\", r"\ ": " ", r"\&": ""}[match[0]]
     return re.sub(r"\\.", character, line)

@@ -1,4 +1,4 @@
-"""The links of a Markdown file that lead to other files of the source tree."""
+"""Finds broken links of a Markdown file to other files of the source tree."""
 
 import re
 
