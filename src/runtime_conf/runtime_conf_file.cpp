@@ -5,6 +5,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "log/log.h"
 
@@ -95,6 +98,25 @@ int read_lines(FILE* file, RuntimeConf* store) {
   return result;
 }
 
+// Opens the file for reading. Without O_NONBLOCK, opening a FIFO would wait for a writer. A file that is neither
+// regular nor a directory, whose contents may never end, is replaced with an empty one.
+FILE* open_file(const char* path) {
+  const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  int fd = open(path, flags);
+  struct stat status {};
+  if (fd != -1 && fstat(fd, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+    close(fd);
+    fd = open("/dev/null", flags);
+  }
+  FILE* file = fd != -1 ? fdopen(fd, "r") : nullptr;
+  if (file == nullptr && fd != -1) {
+    const int error = errno;
+    close(fd);
+    errno = error;
+  }
+  return file;
+}
+
 int read_failed(int error) {
   log_state().log_hook(kQuietLevel, "Unable to read configuration file: %s", strerror(error));
   errno = error;
@@ -107,7 +129,7 @@ int runtime_conf_read_file(const char* path, RuntimeConf* store) {
   if (runtime_conf_reserve(store) == -1) {
     return -1;
   }
-  FILE* file = fopen(path, "re");
+  FILE* file = open_file(path);
   if (file == nullptr) {
     const int error = errno;
     log_state().log_hook(kQuietLevel, "unable to open configuration file %s: %s\n", path, strerror(error));

@@ -49,6 +49,11 @@ bool next_capacity(const RuntimeConf* store, std::uint64_t& capacity, std::uint6
   return !__builtin_mul_overflow(capacity, sizeof(RuntimeConfEntry), &bytes);
 }
 
+void drop_index(RuntimeConf* store) {
+  free(store->index);
+  store->index = nullptr;
+}
+
 int grow_array(RuntimeConf* store) {
   std::uint64_t capacity = 0;
   std::uint64_t bytes = 0;
@@ -63,6 +68,7 @@ int grow_array(RuntimeConf* store) {
   std::fill(larger + store->capacity, larger + capacity, RuntimeConfEntry{});
   store->entries = larger;
   store->capacity = capacity;
+  drop_index(store);
   return 0;
 }
 
@@ -77,9 +83,56 @@ RuntimeConfEntry* find_sorted(const RuntimeConf* store, const char* name) {
   return static_cast<RuntimeConfEntry*>(bsearch(&key, store->entries, store->count, sizeof(key), compare_names));
 }
 
+std::uint64_t hash_of(const char* name) {
+  std::uint64_t hash = 14695981039346656037U; // FNV-1a.
+  for (; *name != '\0'; ++name) {
+    hash = (hash ^ static_cast<unsigned char>(*name)) * 1099511628211U;
+  }
+  return hash;
+}
+
+std::uint64_t slots_of(const RuntimeConf* store) {
+  return 2 * store->capacity;
+}
+
+// Returns the slot of `name`, which is free if the name is not defined. At least half of the slots are free.
+RuntimeConfSlot* slot_of(const RuntimeConf* store, const char* name, std::uint64_t hash) {
+  for (std::uint64_t i = hash % slots_of(store);; i = (i + 1) % slots_of(store)) {
+    RuntimeConfSlot* const slot = &store->index[i];
+    if (slot->position == 0 || (slot->hash == hash && strcmp(store->entries[slot->position - 1].name, name) == 0)) {
+      return slot;
+    }
+  }
+}
+
+void add_to_index(RuntimeConf* store, std::uint64_t position) {
+  const char* name = store->entries[position - 1].name;
+  const std::uint64_t hash = hash_of(name);
+  *slot_of(store, name, hash) = {hash, position};
+}
+
+// Makes sure that there is an index, unless there is no memory for it.
+void build_index(RuntimeConf* store) {
+  if (store->index == nullptr) {
+    store->index = static_cast<RuntimeConfSlot*>(calloc(slots_of(store), sizeof(RuntimeConfSlot)));
+    for (std::uint64_t position = 1; store->index != nullptr && position <= store->count; ++position) {
+      add_to_index(store, position);
+    }
+  }
+}
+
+RuntimeConfEntry* find_to_replace(RuntimeConf* store, const char* name) {
+  build_index(store);
+  if (store->index == nullptr) {
+    return find_unsorted(store, name);
+  }
+  const RuntimeConfSlot* slot = slot_of(store, name, hash_of(name));
+  return slot->position != 0 ? &store->entries[slot->position - 1] : nullptr;
+}
+
 // Takes ownership of both strings, which are on the heap.
 void define(RuntimeConf* store, char* name, char* value) {
-  if (RuntimeConfEntry* known = find_unsorted(store, name)) {
+  if (RuntimeConfEntry* known = find_to_replace(store, name)) {
     free(known->value);
     known->value = value;
     free(name);
@@ -87,6 +140,9 @@ void define(RuntimeConf* store, char* name, char* value) {
   }
   store->entries[store->count++] = {name, value};
   store->sorted = 0;
+  if (store->index != nullptr) {
+    add_to_index(store, store->count);
+  }
 }
 
 } // namespace
@@ -118,6 +174,7 @@ void runtime_conf_sort(RuntimeConf* store) {
     qsort(store->entries, store->count, sizeof(RuntimeConfEntry), compare_names);
   }
   store->sorted = 1;
+  drop_index(store);
 }
 
 const char* runtime_conf_find(const RuntimeConf* store, const char* name) {
@@ -134,6 +191,7 @@ void runtime_conf_free(RuntimeConf* store) {
     free(store->entries[i].value);
   }
   free(store->entries);
+  drop_index(store);
   free(store);
 }
 

@@ -19,12 +19,19 @@ struct RuntimeConfEntry {
   char* value;
 };
 
+/// A slot of the hash table that finds a name while a file is read.
+struct RuntimeConfSlot {
+  std::uint64_t hash;
+  std::uint64_t position; ///< Position in the array, from 1 on; 0 if the slot is free.
+};
+
 /// The definitions. A fresh store has all fields zero.
 struct RuntimeConf {
-  RuntimeConfEntry* entries; ///< Owned array.
-  std::uint64_t capacity;    ///< Entries allocated; unused entries are zero.
-  std::uint64_t count;       ///< Entries in use.
-  std::int32_t sorted;       ///< Non-zero if the entries in use are in ascending strcmp order of name.
+  RuntimeConfEntry* entries;        ///< Owned array.
+  std::uint64_t capacity;           ///< Entries allocated; unused entries are zero.
+  std::uint64_t count;              ///< Entries in use.
+  std::int32_t sorted;              ///< Non-zero if the entries in use are in ascending strcmp order of name.
+  RuntimeConfSlot* index = nullptr; ///< Owned hash table of the entries in use, or null. It only makes searches faster.
 };
 
 /// Makes room for one more entry: 20 entries at first, later twice as many. On failure returns -1 with errno ENOMEM;

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
 #include <utility>
 #include <vector>
 
@@ -131,6 +132,24 @@ TEST_F(RuntimeConfFile, ReportsAFileThatCannotBeOpened) {
   EXPECT_EQ(errno, ENOENT);
   EXPECT_EQ(take_reports(),
             (Reports{{12, "unable to open configuration file " + path + ": No such file or directory\n"}}));
+}
+
+// Opening a FIFO must not wait for a writer, and reading a device such as /dev/zero would never end.
+TEST_F(RuntimeConfFile, TakesAFileThatIsNotRegularForAnEmptyOne) {
+  const std::string fifo = folder / "fifo";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  for (const std::string& path : {fifo, std::string("/dev/null"), std::string("/dev/zero")}) {
+    const auto before = open_descriptors();
+    EXPECT_EQ(runtime_conf_read_file(path.c_str(), store), 0) << path;
+    EXPECT_EQ(entries(), Entries{}) << path;
+    EXPECT_EQ(open_descriptors(), before) << path;
+  }
+  EXPECT_EQ(take_reports(), Reports{});
+}
+
+TEST_F(RuntimeConfFile, ReportsADirectory) {
+  EXPECT_EQ(runtime_conf_read_file(folder.path().c_str(), store), -1);
+  EXPECT_EQ(take_reports(), (Reports{{12, "Unable to read configuration file: Is a directory"}}));
 }
 
 TEST_F(RuntimeConfFile, ReportsAReadError) {

@@ -70,6 +70,33 @@ TEST_F(RuntimeConfStore, ReplacesTheValueOfAKnownNameInPlace) {
   EXPECT_EQ(entries(), (Entries{"B=3", "A=2"}));
 }
 
+// Searching each time from the first entry would take minutes.
+TEST_F(RuntimeConfStore, DefinesManyNamesInAShortTime) {
+  constexpr int many = 200000;
+  for (const char* value : {"first", "second"}) {
+    for (int i = 0; i < many; ++i) {
+      ASSERT_EQ(runtime_conf_set(("NAME_" + std::to_string(i)).c_str(), value, store), 0);
+    }
+  }
+  EXPECT_EQ(store->count, static_cast<std::uint64_t>(many));
+  runtime_conf_sort(store);
+  EXPECT_EQ(found("NAME_0"), "second");
+  EXPECT_EQ(found("NAME_199999"), "second");
+}
+
+TEST_F(RuntimeConfStore, ReplacesAndAddsAfterSorting) {
+  define_numbered(30);
+  runtime_conf_sort(store);
+  EXPECT_EQ(runtime_conf_set("N007", "new", store), 0);
+  EXPECT_EQ(runtime_conf_set("A", "added", store), 0);
+  EXPECT_EQ(runtime_conf_set("N029", "last", store), 0);
+  runtime_conf_sort(store);
+  EXPECT_EQ(store->count, 31U);
+  EXPECT_EQ(found("N007"), "new");
+  EXPECT_EQ(found("A"), "added");
+  EXPECT_EQ(found("N029"), "last");
+}
+
 TEST_F(RuntimeConfStore, ComparesNamesWithTheirCaseAndLength) {
   runtime_conf_set("NAME", "1", store);
   runtime_conf_set("name", "2", store);
