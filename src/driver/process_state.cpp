@@ -1,13 +1,27 @@
 #include "driver/process_state.h"
 
 #include <fcntl.h>
+#include <initializer_list>
 #include <unistd.h>
 
 namespace tavek {
 
 namespace {
 
-constexpr int kTerminationSignals[] = {SIGHUP, SIGINT, SIGTERM, SIGQUIT};
+// The signals that end a process by default, except SIGKILL, those that a bug raises, and SIGPIPE and SIGXFSZ, which
+// are ignored.
+sigset_t termination_signals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGTERM, SIGSTKFLT, SIGXCPU, SIGVTALRM,
+                           SIGPROF, SIGIO, SIGPWR}) {
+    sigaddset(&signals, signal);
+  }
+  for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) {
+    sigaddset(&signals, signal);
+  }
+  return signals;
+}
 
 bool is_ignored(int signal) {
   struct sigaction action {};
@@ -36,11 +50,7 @@ void restore_child_signal() {
 }
 
 TerminationHold::TerminationHold() {
-  sigset_t blocked;
-  sigemptyset(&blocked);
-  for (const int signal : kTerminationSignals) {
-    sigaddset(&blocked, signal);
-  }
+  const sigset_t blocked = termination_signals();
   sigprocmask(SIG_BLOCK, &blocked, &before_);
 }
 
@@ -52,10 +62,12 @@ bool TerminationHold::termination_pending() const {
   sigset_t pending;
   sigemptyset(&pending);
   sigpending(&pending);
-  for (const int signal : kTerminationSignals) {
+  const sigset_t ending = termination_signals();
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
     // An ignored signal is also pending while it is blocked, but is dropped on release. A signal that the caller had
     // blocked remains pending.
-    if (sigismember(&pending, signal) == 1 && sigismember(&before_, signal) == 0 && !is_ignored(signal)) {
+    if (sigismember(&ending, signal) == 1 && sigismember(&pending, signal) == 1 && sigismember(&before_, signal) == 0 &&
+        !is_ignored(signal)) {
       return true;
     }
   }

@@ -7,8 +7,9 @@
 // - A write beyond the file-size limit (SIGXFSZ) or to a closed pipe (SIGPIPE) fails with an error instead of killing
 // the
 //   process, so the error is reported and the temporary file is removed.
-// - HUP, INT, TERM and QUIT end the run, but they are blocked while the temporary file exists. They are checked before
-//   the rename and delivered afterwards. A signal that the caller ignores or blocks remains ignored or blocked.
+// - A signal that ends the run, such as HUP, TERM or ALRM, is blocked while the temporary file exists. A pending one is
+//   noticed before the rename and delivered afterwards. A signal that the caller ignores or blocks remains ignored or
+//   blocked. Only SIGKILL and the signals that a bug raises (SIGSEGV, SIGABRT...) are not blocked.
 // - Exit statuses of children are available. The kernel discards them if the caller ignores SIGCHLD.
 
 #include <csignal>
