@@ -14,7 +14,7 @@ namespace tavek {
 /// after finish(). Only the constructor throws.
 class OutputStream {
 public:
-  /// Throws std::bad_alloc. Must be opened before the first 64 KiB are written.
+  /// Throws std::bad_alloc. Must be opened before the first 32 KiB are written.
   OutputStream();
 
   void open(FileDescriptor fd) { fd_ = std::move(fd); }
@@ -43,7 +43,7 @@ public:
   int error() const { return error_; }
 
 private:
-  static constexpr std::size_t kCapacity = 65536;
+  static constexpr std::size_t kCapacity = 32768;
 
   void write_through(std::string_view text);
   void flush();

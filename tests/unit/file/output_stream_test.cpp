@@ -12,7 +12,7 @@ namespace tavek {
 
 namespace {
 
-constexpr std::size_t kBuffer = 65536;
+constexpr std::size_t kBuffer = 32768;
 
 class OutputStreamTest : public testing::Test {
 protected:
