@@ -14,6 +14,7 @@
 #include "driver/product_root.h"
 #include "driver/system_log_category.h"
 #include "driver/system_logs_fanout.h"
+#include "file/directory_sync.h"
 #include "file/file_replacement.h"
 #include "file/target_file.h"
 #include "log/base_name.h"
@@ -57,6 +58,12 @@ void run_rewrite(const RewriteJob& job) {
   replacement.rename_over_target();
 }
 
+void remove_target(const std::string& path) {
+  const DirectorySync directory(path);
+  std::filesystem::remove(path);
+  directory.sync("is removed");
+}
+
 void run_virtual_host(const Options& options) {
   RewriteJob job;
   const std::string name = configuration_name(options, "");
@@ -65,7 +72,7 @@ void run_virtual_host(const Options& options) {
   umask(kFileCreationMask);
   switch (options.switch_value("on-off")) {
   case Switch::off:
-    std::filesystem::remove(job.config_path);
+    remove_target(job.config_path);
     return;
   case Switch::on:
     fill_settings(options, job.settings);

@@ -11,6 +11,7 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "file/directory_sync.h"
 #include "file/target_file.h"
 #include "log/strbuf.h"
 
@@ -75,11 +76,13 @@ void FileReplacement::complete() {
 }
 
 void FileReplacement::rename_over_target() {
+  const DirectorySync directory(target_);
   owns_temporary_file_ = false;
   if (::rename(temp_path_.get(), target_.c_str()) == -1) {
     throw std::filesystem::filesystem_error("cannot rename", temp_path_.get(), target_,
                                             std::error_code(errno, std::generic_category()));
   }
+  directory.sync("is in place");
 }
 
 } // namespace tavek

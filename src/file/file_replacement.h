@@ -31,7 +31,9 @@ public:
   /// failed.
   void complete();
 
-  /// Throws std::filesystem::filesystem_error.
+  /// Renames the temporary file over the target and syncs the directory. Throws std::filesystem::filesystem_error if
+  /// the rename fails. Throws std::runtime_error if the directory cannot be opened, or if its sync fails: only then the
+  /// new file is in place, but may not survive a power loss.
   void rename_over_target();
 
 private:

@@ -21,6 +21,13 @@ DAILY = ("example.com", "on", "by_time", "daily", "5", "true")
 APACHE = ("--apache-logs", "--period-type=by_time", "--period=weekly", "--rot-count=3")
 SYSTEM = ("--system-logs", *APACHE[1:])
 
+# The signals that end a process by default and that no error in a program raises, except KILL.
+NAMED_SIGNALS = [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGUSR1, signal.SIGUSR2, signal.SIGALRM,
+                 signal.SIGTERM, signal.SIGSTKFLT, signal.SIGXCPU, signal.SIGVTALRM, signal.SIGPROF, signal.SIGIO,
+                 signal.SIGPWR]
+REAL_TIME_SIGNALS = list(range(signal.SIGRTMIN, signal.SIGRTMAX + 1))
+ENDING_SIGNALS = NAMED_SIGNALS + REAL_TIME_SIGNALS
+
 Result = collections.namedtuple("Result", "status output error trace", defaults=[""])
 Call = collections.namedtuple("Call", "name ordinal text")  # The ordinal counts the calls of that name from 1.
 
@@ -45,9 +52,14 @@ def set_up_process():
 
     A limit of 1 also prevents dumps into a pipe, which a limit of 0 does not.
     """
-    for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM, signal.SIGQUIT):
+    for number in ENDING_SIGNALS:
         signal.signal(number, signal.SIG_DFL)
     resource.setrlimit(resource.RLIMIT_CORE, (1, 1))
+
+
+def signal_name(number):
+    """The name of a signal as strace prints it."""
+    return f"SIGRT_{number - 32}" if number >= signal.SIGRTMIN else signal.Signals(number).name
 
 
 def put(path, data):

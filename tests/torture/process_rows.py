@@ -8,15 +8,14 @@ import signal
 import subprocess
 import time
 
-from lab import (DAILY, NEW, OLD, SYSTEM, SYSTEM_FILES, TARGET, TOOL, UNCLOSED, beside, get, put, reset,
-                 shell, stanzas, traced)
+from lab import (DAILY, ENDING_SIGNALS, HOSTS, NAMED_SIGNALS, NEW, OLD, SYSTEM, SYSTEM_FILES, TARGET, TOOL, UNCLOSED,
+                 beside, get, put, reset, shell, signal_name, stanzas, traced)
 from rows import row
 
 CLOSED = [" ".join(closed) for count in range(4) for closed in itertools.combinations(("<&-", ">&-", "2>&-"), count)]
 KEEP = ("example.com", "keep")
 CATEGORY = ("--nginx-logs", f"--vhost-name={TARGET}", "-K")
 CREATING_RUNS = [(DAILY, OLD), (DAILY, None), (KEEP, OLD), (KEEP, None), (CATEGORY, OLD)]
-TERMINATION = (signal.SIGHUP, signal.SIGINT, signal.SIGTERM, signal.SIGQUIT)
 
 
 @row("closed standard streams")
@@ -70,6 +69,10 @@ def call_order(row):
         result = traced([TOOL, *DAILY], "-y")
         row.check(result.status == 0, f"exit status {result.status}")
         check_order(row, result.trace.splitlines())
+    reset()
+    result = traced([TOOL, "example.com", "off"], "-y")
+    in_order = re.search(rf"^unlink\(.* = 0\n(.*\n)*fsync\(\d+<{HOSTS}>.* = 0$", result.trace, re.MULTILINE)
+    row.check(in_order, "off: not in the order unlink, fsync of the directory")
 
 
 def check_order(row, calls):
@@ -78,9 +81,9 @@ def check_order(row, calls):
     temporary = rf"\d+<{re.escape(TARGET)}\.\w{{6}}>"
     writes = places(rf"(write|ftruncate|lseek|fchmod)\({temporary}")
     last = places(rf"fsync\({temporary}.* = 0") + places(rf"close\({temporary}.* = 0")
-    last += places(rf'rename\("{re.escape(TARGET)}\.\w{{6}}"')
-    in_order = writes and len(last) == 3 and [max(writes), *last] == sorted([max(writes), *last])
-    row.check(in_order, f"not in the order write, fsync, close, rename: {writes}, {last}")
+    last += places(rf'rename\("{re.escape(TARGET)}\.\w{{6}}"') + places(rf"fsync\(\d+<{HOSTS}>.* = 0")
+    in_order = writes and len(last) == 4 and [max(writes), *last] == sorted([max(writes), *last])
+    row.check(in_order, f"not in the order write, fsync, close, rename, fsync of the directory: {writes}, {last}")
     row.check(not places(rf"write\(\d+<{re.escape(TARGET)}>"), "writes to the target itself")
     row.check(all("O_CLOEXEC" in calls[i] for i in places("openat")), "opens a descriptor that is not close-on-exec")
 
@@ -88,12 +91,12 @@ def check_order(row, calls):
 @row("a signal to the first process of a container")
 def first_process(row):
     """The kernel does not kill this process by a signal with the default action, so the run must report failure."""
-    for number, call in itertools.product(TERMINATION, ("fchmod", "fsync", "rt_sigpending", "rename")):
+    for number, call in itertools.product(NAMED_SIGNALS, ("fchmod", "fsync", "rt_sigpending", "rename")):
         reset()
-        injection = f"inject={call}:signal={number.name}:when=1"
+        injection = f"inject={call}:signal={signal_name(number)}:when=1"
         result = traced(["unshare", "--pid", "--fork", TOOL, *DAILY], "-f", "-e", injection)
-        what = f"{number.name} at {call}: exit status {result.status}, {result.error!r}"
-        row.check(f"--- {number.name} " in result.trace, f"{what}: not injected")
+        what = f"{signal_name(number)} at {call}: exit status {result.status}, {result.error!r}"
+        row.check(f"--- {signal_name(number)} " in result.trace, f"{what}: not injected")
         state = (get(TARGET) == NEW, beside())
         row.check(state == (result.status == 0, []) and (state[0] or get(TARGET) == OLD), f"{what}: wrong files")
         row.check(bool(result.error) == (result.status != 0), what)
@@ -103,21 +106,33 @@ def first_process(row):
 def random_signals(row):
     """Without strace, because the kernel keeps signals of a traced process that it would otherwise discard."""
     dice = random.Random(1)
-    runs = [(TERMINATION[number % 4], number % 3 == 0, dice.uniform(0, 0.006)) for number in range(600)]
+    runs = [(dice.choice(ENDING_SIGNALS), number % 3 == 0, dice.uniform(0, 0.006)) for number in range(600)]
     new = sum(signalled_run(row, *run) for run in runs)
     row.figure(f"{new} of {len(runs)} runs completed")
 
 
-def signalled_run(row, number, ignored, delay):
+@row("an alarm that the caller has set")
+def inherited_alarm(row):
+    dice = random.Random(2)
+    runs = [(number % 3 == 0, dice.uniform(0.001, 0.008)) for number in range(300)]
+    new = sum(signalled_run(row, signal.SIGALRM, *run, alarm=True) for run in runs)
+    row.figure(f"{new} of {len(runs)} runs completed")
+
+
+def signalled_run(row, number, ignored, delay, alarm=False):
+    """One run that gets the signal after a delay, from an alarm set before its exec or from this process."""
+    def prepare():
+        signal.signal(number, signal.SIG_IGN if ignored else signal.SIG_DFL)
+        signal.setitimer(signal.ITIMER_REAL, delay if alarm else 0)
     reset(OLD * 10)
-    action = signal.SIG_IGN if ignored else signal.SIG_DFL
-    run = subprocess.Popen([TOOL, *DAILY], stdin=subprocess.DEVNULL, stderr=subprocess.PIPE,
-                           preexec_fn=lambda: signal.signal(number, action))
-    time.sleep(delay)
-    run.send_signal(number)
+    run = subprocess.Popen([TOOL, *DAILY], stdin=subprocess.DEVNULL, stderr=subprocess.PIPE, preexec_fn=prepare)
+    if not alarm:
+        time.sleep(delay)
+        run.send_signal(number)
     _, error = run.communicate()
     new = get(TARGET) == NEW * 10
-    what = f"{number.name}{' ignored' if ignored else ''} after {delay * 1000:.2f} ms: {run.returncode}, {error!r}"
+    name = f"{signal_name(number)}{' ignored' if ignored else ''}"
+    what = f"{name} after {delay * 1000:.2f} ms: {run.returncode}, {error!r}"
     row.check((new or get(TARGET) == OLD * 10) and not beside(), f"{what}: wrong files")
     row.check((run.returncode == 0 and new) or (run.returncode == -number and not ignored), what)
     row.check(error == b"", what)

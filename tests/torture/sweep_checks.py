@@ -3,7 +3,7 @@
 import fnmatch
 import signal
 
-from lab import beside, get, is_one_line, mode_of, run
+from lab import beside, calls_of, get, is_one_line, mode_of, run, signal_name
 
 OLD, NEW, EMPTY, OTHER = "OLD", "NEW", "EMPTY", "OTHER"
 SCANNER_MESSAGE = b"input in flex scanner failed\n"
@@ -13,7 +13,7 @@ def problems_of(job, fault, result):
     left = beside(job.target)
     found = target_problems(job) + remaining(path for path in left if not fnmatch.fnmatch(path, f"{job.target}.??????"))
     found += [f"standard output: {result.output!r}"] if result.output else []
-    if fault.signal == "KILL":
+    if fault.signal == signal.SIGKILL:
         return found + kill_problems(job, result, left)
     if fault.signal is not None:
         return found + remaining(left) + signal_problems(job, fault, result)
@@ -62,13 +62,15 @@ def kill_problems(job, result, left):
 
 def signal_problems(job, fault, result):
     found = [f"a message: {result.error!r}"] if result.error else []
-    if fault.name != "exit_group" and f"--- SIG{fault.signal} " not in result.trace:
+    if len(calls_of(result.trace)) < int(fault.when):
+        found.append("the run has no such call")
+    if fault.name != "exit_group" and job.caller != "block" and f"--- {signal_name(fault.signal)} " not in result.trace:
         found.append("the signal was not injected")
     # During exit_group a signal may be too late to end the run.
-    may_succeed = job.ignored is not None or fault.name == "exit_group"
+    may_succeed = job.caller is not None or fault.name == "exit_group"
     if result.status == 0 and may_succeed:
         return found + ([] if state_of(job) == NEW else [f"exit status 0, but the target is {state_of(job)}"])
-    if result.status != -signal.Signals[f"SIG{fault.signal}"] or job.ignored:
+    if result.status != -fault.signal or job.caller:
         found.append(f"ended with {result.status}")
     return found
 
@@ -85,8 +87,8 @@ def failure_problems(job, fault, result, left):
         found.append(f"exit status {result.status}")
     if (fault.name, fault.what) == ("read", "error=EINTR"):
         found.append("the interrupted read is not repeated")
-    if state_of(job) == NEW and job.new != job.before:
-        found.append(f"exit status {result.status}, but the target is NEW")
+    if job.new != job.before and (state_of(job) == NEW) != fault.too_late:
+        found.append(f"exit status {result.status}, but the target is {state_of(job)}")
     if fault.name != "rename":
         return found + remaining(left)
     # After a failed rename an administrator can still put the new file in place.

@@ -2,8 +2,9 @@
 
 import collections
 import re
+import signal
 
-from lab import calls_of
+from lab import NAMED_SIGNALS, REAL_TIME_SIGNALS, calls_of, signal_name
 
 # What a full, broken or locked file system, a quota, a limit or a missing permission returns. An error that could not
 # occur, such as a status query that does not find an existing file, is not a fault.
@@ -28,22 +29,27 @@ ERRORS = {
     "exit_group": [],
 }
 OTHER_ERRORS = ["error=EIO", "error=ENOMEM", "error=EPERM"]
-SIGNALS = ["KILL", "TERM", "HUP", "INT", "QUIT"]
 
 # A call on the temporary file, as strace shows it. If one fails, the run must fail even if the target is NEW.
 TEMPORARY = re.compile(r"^(write|fchmod|ftruncate|lseek|fsync|close)\(\d+<[^>]*\.\w{6}>")
 
-# `when` selects among the calls of this name, as strace counts them; `signal` is None for an error.
-Fault = collections.namedtuple("Fault", "name what when signal must_fail")
+# `when` selects among the calls of this name, as strace counts them; `signal` is a number, or None for an error.
+# `too_late`: the target is already NEW when the run fails.
+Fault = collections.namedtuple("Fault", "name what when signal must_fail too_late")
 
 
 def errors_of(call):
-    must_fail = bool(TEMPORARY.match(call.text))
-    return [Fault(call.name, what, str(call.ordinal), None, must_fail) for what in ERRORS.get(call.name, OTHER_ERRORS)]
+    on_temporary = bool(TEMPORARY.match(call.text))
+    on_directory = call.name == "fsync" and not on_temporary
+    return [Fault(call.name, what, str(call.ordinal), None, on_temporary or on_directory, on_directory)
+            for what in ERRORS.get(call.name, OTHER_ERRORS)]
 
 
-def signals_of(call, names=SIGNALS):
-    return [Fault(call.name, f"signal={name}", str(call.ordinal), name, False) for name in names]
+def signals_of(call, number):
+    """KILL, every other named signal and two real-time signals, which depend on the number of the call in its run."""
+    real_time = [REAL_TIME_SIGNALS[i % len(REAL_TIME_SIGNALS)] for i in (2 * number, 2 * number + 1)]
+    return [Fault(call.name, f"signal={signal_name(one)}", str(call.ordinal), one, False, False)
+            for one in [signal.SIGKILL, *NAMED_SIGNALS, *real_time]]
 
 
 def injection_of(fault):

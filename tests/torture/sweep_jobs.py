@@ -13,11 +13,14 @@ CATEGORY = [*APACHE, "--anonymize-ip=true"]
 
 
 class Job:
-    """A command line, the content of its target before the run, and the signal that the caller ignores, if any."""
+    """A command line and the content of its target before the run.
 
-    def __init__(self, name, target, before, arguments, ignored=None):
-        self.name, self.target, self.before, self.ignored = name, target, before, ignored
-        self.command = [*(["env", f"--ignore-signal={ignored}"] if ignored else []), TOOL, *arguments]
+    `caller` is "ignore" or "block" if the caller does this with all signals.
+    """
+
+    def __init__(self, name, target, before, arguments, caller=None):
+        self.name, self.target, self.before, self.caller = name, target, before, caller
+        self.command = [*(["env", f"--{caller}-signal"] if caller else []), TOOL, *arguments]
         self.new = self.again = None  # The content after one and after two runs without a fault.
 
     def reset(self):
@@ -54,4 +57,4 @@ def all_jobs():
     jobs = [Job(f"{name}, target {state}", target, before if state == "present" else None, arguments)
             for name, target, before, arguments in runs for state in ("present", "absent")]
     jobs.append(Job("rewrite with two scans", TARGET, UNCLOSED, SIZE))
-    return jobs + [Job(f"rewrite, {name} ignored", TARGET, LARGE, SIZE, name) for name in ("HUP", "INT")]
+    return jobs + [Job(f"rewrite, caller {does}s signals", TARGET, LARGE, SIZE, does) for does in ("ignore", "block")]

@@ -5,6 +5,7 @@ this worker, the number of workers.
 """
 
 import collections
+import signal
 import subprocess
 import sys
 import zlib
@@ -31,13 +32,11 @@ def inject(job, fault):
     return result
 
 
-def sweep_call(job, call):
-    if job.ignored:
-        inject(job, signals_of(call, [job.ignored])[0])
-        return
-    for fault in signals_of(call):
-        inject(job, fault)
-    for fault in errors_of(call):
+def sweep_call(job, call, number):
+    for fault in signals_of(call, number):
+        if job.caller is None or fault.signal != signal.SIGKILL:
+            inject(job, fault)
+    for fault in errors_of(call) if job.caller is None else []:
         result = inject(job, fault)
         repeated = lasting(fault, result) if result else None
         if repeated:
@@ -48,9 +47,9 @@ def main():
     mine, workers = int(sys.argv[1]), int(sys.argv[2])
     set_up_process()
     for job in all_jobs():
-        for call in job.record():
+        for number, call in enumerate(job.record()):
             if zlib.crc32(f"{call.name} {call.ordinal}".encode()) % workers == mine:
-                sweep_call(job, call)
+                sweep_call(job, call, number)
     for name, count in passed.items():
         print(f"passed {count} {name}")
 

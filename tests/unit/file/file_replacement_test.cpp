@@ -112,6 +112,29 @@ TEST_F(FileReplacementTest, ReportsAnyEarlierFailureOnCompletion) {
   EXPECT_EQ(directory.names(), Names{"target"});
 }
 
+// The new file is in place by then, so this is the only failure after which the target is new.
+TEST_F(FileReplacementTest, ReportsARenameThatMayNotSurviveAPowerLoss) {
+  FileReplacement replacement(target);
+  replacement.output().write("new");
+  replacement.complete();
+  const CallFault fault(Call::fsync, EIO);
+  EXPECT_EQ(thrown_by<std::runtime_error>([&] { replacement.rename_over_target(); }),
+            target + " is in place, but this may not survive a power loss: Input/output error");
+  EXPECT_EQ(content_of(target), "new");
+  EXPECT_EQ(directory.names(), Names{"target"});
+}
+
+TEST_F(FileReplacementTest, KeepsTheTargetIfTheDirectoryCannotBeOpened) {
+  {
+    FileReplacement replacement(target);
+    replacement.complete();
+    const CallFault fault(Call::open, EMFILE);
+    EXPECT_THROW(replacement.rename_over_target(), std::runtime_error);
+  }
+  EXPECT_EQ(content_of(target), "old");
+  EXPECT_EQ(directory.names(), Names{"target"});
+}
+
 // The administrator can still put the new file in place.
 TEST_F(FileReplacementTest, KeepsTheTemporaryFileIfTheRenameFails) {
   std::filesystem::remove(target);

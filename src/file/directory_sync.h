@@ -1,0 +1,30 @@
+#pragma once
+
+// Makes changes to a directory survive a power loss. POSIX: fsync of a file does not sync its name.
+
+#include <string>
+
+#include "file/file_descriptor.h"
+
+namespace tavek {
+
+/// The directory that contains a file. Open it before its entries are changed, so that after the change only the sync
+/// itself can fail.
+class DirectorySync {
+public:
+  /// Opens the parent directory of `path`, which is borrowed. Throws std::runtime_error "Failed to open ...", except
+  /// for a directory that may not be read or does not exist: nothing can be synced then, and the change itself reports
+  /// a missing directory.
+  explicit DirectorySync(const std::string& path);
+
+  /// Syncs the directory to disk. `change` says in the message what has happened to the file: "is removed". Throws
+  /// std::runtime_error if an error means that the change may be lost. A file system that does not sync directories is
+  /// not an error. Success needs no memory, so nothing else can fail after the change.
+  void sync(const char* change) const;
+
+private:
+  const std::string& path_;
+  FileDescriptor directory_;
+};
+
+} // namespace tavek
