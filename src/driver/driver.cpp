@@ -46,7 +46,7 @@ void resolve_target(const std::string& name, RewriteJob& job) {
 }
 
 void run_rewrite(const RewriteJob& job) {
-  prepare_target(job.config_path);
+  create_if_missing(job.config_path);
   const TerminationHold hold;
   FileReplacement replacement(job.config_path);
   rewrite(job, replacement);
@@ -70,20 +70,19 @@ void run_virtual_host(const Options& options) {
   resolve_target(name, job);
   job.settings.anonymize = options.switch_value("anonymize-ip");
   umask(kFileCreationMask);
-  switch (options.switch_value("on-off")) {
-  case Switch::off:
+  const Switch status = options.switch_value("on-off");
+  if (status == Switch::off) {
     remove_target(job.config_path);
     return;
-  case Switch::on:
+  }
+  // Only "on" reads and checks settings and cleans up. "keep" deliberately rewrites with the initial settings: periods
+  // and rotation counts are kept, but compression is turned off and mail lines are removed.
+  if (status == Switch::on) {
     fill_settings(options, job.settings);
-    if (!options.flag("keep-old-logs")) {
-      clean_vhost_logs(name, job.settings.rot_count);
-    }
-    break;
-  case Switch::keep:
-    // Deliberately reads, checks and cleans up nothing. With the settings at their start values, periods and rotation
-    // counts are kept, but compression is turned off and mail lines are removed.
-    break;
+  }
+  refuse_irreplaceable(job.config_path);
+  if (status == Switch::on && !options.flag("keep-old-logs")) {
+    clean_vhost_logs(name, job.settings.rot_count);
   }
   run_rewrite(job);
 }
@@ -104,6 +103,7 @@ void run_category(const SystemLogCategory& category, const Options& options) {
   }
   umask(kFileCreationMask);
   fill_given_settings(options, job.settings);
+  refuse_irreplaceable(job.config_path);
   if (!options.flag("keep-old-logs")) {
     clean_target_logs(cleanup_paths, job.settings.rot_count);
   }

@@ -8,17 +8,6 @@
 
 namespace tavek {
 
-namespace {
-
-// Does not follow a symbolic link, because a rename replaces the link itself.
-bool is_immutable(const std::string& path) {
-  struct statx status {};
-  return statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0 &&
-         (status.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
-}
-
-} // namespace
-
 std::runtime_error failed_to_open(const std::string& path, int error) {
   return std::runtime_error("Failed to open " + path + ": " + strerror(error));
 }
@@ -29,16 +18,26 @@ void refuse_special_file(const std::string& path, const struct stat& status) {
   }
 }
 
-void prepare_target(const std::string& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) == 0) {
-    refuse_special_file(path, status);
+void refuse_irreplaceable(const std::string& path) {
+  // Of a symbolic link, a rename replaces the link itself, but reading follows it.
+  struct statx entry {};
+  if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &entry) != 0) {
+    return;
   }
-  const FileDescriptor created(
-      ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0644));
-  if (!created.is_open() && errno == EPERM && is_immutable(path)) {
+  struct stat status {};
+  status.st_mode = entry.stx_mode;
+  if (S_ISLNK(entry.stx_mode) && stat(path.c_str(), &status) != 0) {
+    return;
+  }
+  refuse_special_file(path, status);
+  if (S_ISREG(entry.stx_mode) && (entry.stx_attributes & STATX_ATTR_IMMUTABLE) != 0) {
     throw failed_to_open(path, EPERM);
   }
+}
+
+void create_if_missing(const std::string& path) {
+  const FileDescriptor ignored(
+      ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0644));
 }
 
 } // namespace tavek

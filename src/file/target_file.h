@@ -16,10 +16,12 @@ std::runtime_error failed_to_open(const std::string& path, int error);
 /// reading it fails.
 void refuse_special_file(const std::string& path, const struct stat& status);
 
-/// Prepares `path` to be read and replaced. Creates an empty file, mode 0644 under the umask 022, if there is none.
-/// Throws std::runtime_error for a special file, and for an immutable file, which a rename cannot replace. Ignores
-/// every other failure to open the file for writing: reading or replacing it, which does not need that permission,
-/// reports what is wrong.
-void prepare_target(const std::string& path);
+/// Throws std::runtime_error if the file at `path` must not or cannot be replaced: a special file, also through a
+/// symbolic link, or an immutable file. A file that is missing or cannot be examined passes.
+void refuse_irreplaceable(const std::string& path);
+
+/// Creates an empty file, mode 0644 under the umask 022, if there is none. Ignores failures: reading or replacing the
+/// file reports what is wrong, and neither needs the permission to write to it.
+void create_if_missing(const std::string& path);
 
 } // namespace tavek

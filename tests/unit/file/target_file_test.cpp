@@ -9,7 +9,6 @@
 #include <sys/stat.h>
 
 #include "file/file_descriptor.h"
-#include "support/call_fault.h"
 #include "support/temporary_directory.h"
 #include "support/thrown.h"
 
@@ -19,7 +18,7 @@ namespace {
 
 // The message with which a target is rejected.
 std::string rejection(const std::string& path) {
-  return thrown_by<std::runtime_error>([&] { prepare_target(path); });
+  return thrown_by<std::runtime_error>([&] { refuse_irreplaceable(path); });
 }
 
 // Makes a file immutable while this exists, if the file system supports it and the user has the right.
@@ -79,7 +78,7 @@ TEST_F(TargetFile, RejectsFifosSocketsAndDevices) {
 }
 
 TEST_F(TargetFile, IsCreatedEmptyIfItIsMissing) {
-  prepare_target(path);
+  create_if_missing(path);
   EXPECT_TRUE(std::filesystem::is_regular_file(path));
   EXPECT_EQ(content_of(path), "");
   EXPECT_EQ(mode_of(path), 0644U);
@@ -88,26 +87,32 @@ TEST_F(TargetFile, IsCreatedEmptyIfItIsMissing) {
 TEST_F(TargetFile, IsUnchangedIfItExists) {
   directory.write("target", "content");
   std::filesystem::permissions(path, std::filesystem::perms{0600});
-  prepare_target(path);
+  create_if_missing(path);
   EXPECT_EQ(content_of(path), "content");
   EXPECT_EQ(mode_of(path), 0600U);
 }
 
-// Neither reading nor replacing it needs the right to write to it.
-TEST_F(TargetFile, NeedNotBeWritable) {
-  directory.write("target", "content");
-  for (const int error : {EACCES, EPERM, EROFS}) {
-    const CallFault fault(Call::open, error);
-    prepare_target(path);
-    EXPECT_TRUE(fault.happened());
-  }
+// Reading or replacing the file reports what is wrong, and neither needs the permission to write to it.
+TEST_F(TargetFile, IsLeftAloneIfItCannotBeCreatedOrWritten) {
+  create_if_missing(directory / "missing/target");
+  create_if_missing(directory.path());
+  EXPECT_TRUE(directory.names().empty());
 }
 
-// The error is left to the code that reads the file.
-TEST_F(TargetFile, IsNotRejectedIfItCannotBeCreatedOrIsADirectory) {
-  prepare_target(directory / "missing/target");
-  prepare_target(directory.path());
-  EXPECT_TRUE(directory.names().empty());
+TEST_F(TargetFile, IsOpenedWithoutWaitingIfAFifoTakesItsPlace) {
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  create_if_missing(path);
+  EXPECT_TRUE(std::filesystem::is_fifo(path));
+}
+
+TEST_F(TargetFile, CanBeReplacedIfItIsMissingAFileOrADirectory) {
+  refuse_irreplaceable(path);
+  refuse_irreplaceable(directory / "missing/target");
+  refuse_irreplaceable(directory.path());
+  refuse_irreplaceable(directory.write("target", "content"));
+  std::filesystem::create_symlink("nowhere", directory / "dangling");
+  refuse_irreplaceable(directory / "dangling");
+  EXPECT_EQ(content_of(path), "content");
 }
 
 TEST_F(TargetFile, IsRejectedIfItIsImmutable) {
@@ -119,6 +124,16 @@ TEST_F(TargetFile, IsRejectedIfItIsImmutable) {
   EXPECT_EQ(rejection(path), "Failed to open " + path + ": Operation not permitted");
 }
 
+// Reading a directory fails, whether it is immutable or not.
+TEST_F(TargetFile, IsNotRejectedIfItIsAnImmutableDirectory) {
+  std::filesystem::create_directory(path);
+  const Immutability immutability(path);
+  if (!immutability.active()) {
+    GTEST_SKIP() << kNoImmutability;
+  }
+  refuse_irreplaceable(path);
+}
+
 // A rename replaces the link.
 TEST_F(TargetFile, MayBeALinkToAnImmutableFile) {
   directory.write("pointee", "content");
@@ -127,19 +142,15 @@ TEST_F(TargetFile, MayBeALinkToAnImmutableFile) {
   if (!immutability.active()) {
     GTEST_SKIP() << kNoImmutability;
   }
-  prepare_target(path);
+  refuse_irreplaceable(path);
 }
 
-TEST_F(TargetFile, IsRejectedIfItIsALinkToAFifo) {
+TEST_F(TargetFile, IsRejectedIfItIsAFifoOrALinkToOne) {
   ASSERT_EQ(mkfifo((directory / "fifo").c_str(), 0600), 0);
   std::filesystem::create_symlink("fifo", path);
-  EXPECT_EQ(rejection(path), "Failed to open " + path + ": Not a regular file");
-}
-
-TEST_F(TargetFile, IsOpenedWithoutWaitingIfAFifoTakesItsPlace) {
-  const CallFault change(Call::open, [this] { return mkfifo(path.c_str(), 0600); });
-  prepare_target(path);
-  EXPECT_TRUE(std::filesystem::is_fifo(path));
+  for (const std::string& rejected : {directory / "fifo", path}) {
+    EXPECT_EQ(rejection(rejected), "Failed to open " + rejected + ": Not a regular file");
+  }
 }
 
 } // namespace
