@@ -124,6 +124,8 @@ int main(int argc, char **argv) {
   check((int)write(fd, output, (size_t)(end - output)));
   check(fsync(fd));
   check(close(fd));
+  const int directory = check(open("/opt/oru/etc/logrotate.d/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   check(rename(temporary, path));
+  check(fsync(directory));
   return 0;
 }

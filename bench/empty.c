@@ -1,0 +1,3 @@
+/* What starting a program costs. */
+
+int main(void) { return 0; }
