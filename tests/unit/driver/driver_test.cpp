@@ -3,10 +3,13 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 #include "log/log.h"
@@ -68,16 +71,41 @@ TEST_F(Driver, ReplacesNothingIfATerminationSignalArrivesBeforeTheRename) {
   }
 }
 
-// In a process of its own, because the entry point ignores signals.
-TEST(Main, SetsTheProgramPathThatFatalMessagesAreBasedOn) {
-  const auto run_and_compare = [] {
-    char name[] = "/a/tool";
+TEST_F(Driver, SetsTheFileCreationMaskTo022) {
+  const mode_t before = umask(0);
+  run_tool({target, "keep"});
+  EXPECT_EQ(umask(before), 022U);
+}
+
+// The entry point runs in a process of its own, because it ignores signals.
+class Main : public testing::Test {
+protected:
+  static int run_with_an_unknown_option() {
     char option[] = "--bogus";
     char* words[] = {name, option, nullptr};
-    const bool failed = tool_main(2, words) == EXIT_FAILURE;
+    return tool_main(2, words);
+  }
+
+  static inline char name[] = "/a/tool";
+};
+
+TEST_F(Main, SetsTheProgramPathForFatalMessages) {
+  const auto run_and_check = [] {
+    const bool failed = run_with_an_unknown_option() == EXIT_FAILURE;
     std::exit(failed && log_state().program_path == name ? EXIT_SUCCESS : EXIT_FAILURE);
   };
-  EXPECT_EXIT(run_and_compare(), testing::ExitedWithCode(EXIT_SUCCESS), "^unrecognised option '--bogus'\n$");
+  EXPECT_EXIT(run_and_check(), testing::ExitedWithCode(EXIT_SUCCESS), "^unrecognised option '--bogus'\n$");
+}
+
+TEST_F(Main, OpensMissingStandardStreams) {
+  const auto run_and_check = [] {
+    close(STDIN_FILENO);
+    close(STDOUT_FILENO);
+    run_with_an_unknown_option();
+    const bool open = fcntl(STDIN_FILENO, F_GETFD) != -1 && fcntl(STDOUT_FILENO, F_GETFD) != -1;
+    std::exit(open ? EXIT_SUCCESS : EXIT_FAILURE);
+  };
+  EXPECT_EXIT(run_and_check(), testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
 } // namespace

@@ -51,6 +51,13 @@ TEST_F(RotationScannerTest, ReportsEveryConstructToTheContext) {
             "su x y\npostrotate\nendscript\n}\n");
 }
 
+TEST_F(RotationScannerTest, CopiesAManagedLineThatEndsWithTheInput) {
+  for (const std::string text : {"/a {\ndaily", "/a {\nrotate 5", "/a {\nmail x", "/a {\npostrotate\n/",
+                                 "/a {\npostrotate\n/x/anonymize_ip a"}) {
+    EXPECT_EQ(scanned({text}), text);
+  }
+}
+
 TEST_F(RotationScannerTest, KeepsItsStartConditionForTheNextInput) {
   EXPECT_EQ(scanned({"/a {\n", "daily\n}\n"}), std::string("/a {\n\tweekly\n") + kOthers + "}\n");
   EXPECT_EQ(scanned({"/a {\npostrotate\n", "daily\n}\nendscript\n}"}),
