@@ -5,6 +5,9 @@ set(TAVEK_ZSH_COMPLETIONS "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CACHE ST
   "Where zsh looks for completion functions; a distribution has a place of its own for packages")
 
 install(TARGETS tavek-logrotate RUNTIME DESTINATION /opt/oru/admin/sbin)
+# The command in PATH starts the program by a path with a slash. Started by a bare name, --system-logs would first look
+# for the program in the current directory.
+install(PROGRAMS wrapper/tavek-logrotate DESTINATION "${CMAKE_INSTALL_SBINDIR}")
 install(FILES man/tavek-logrotate.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
 install(FILES man/oru.conf.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
 install(FILES completion/tavek-logrotate.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"

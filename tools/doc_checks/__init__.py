@@ -1,1 +1,1 @@
-"""The parts of tools/test-docs: documents.py reads, world.py runs, manual.py and completion.py compare."""
+"""The parts of tools/test-docs: documents.py reads, world.py runs, manual.py, completion.py and wrapper.py compare."""

@@ -2,12 +2,15 @@
 
 import pathlib
 import re
+import shutil
 import subprocess
 import tempfile
 
 TOP = pathlib.Path(__file__).resolve().parent.parent.parent
-PATH = "/opt/oru/admin/sbin:/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"
+PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 SECONDS = 300
+# /usr is the machine's and read-only, so a folder of the sandbox covers the one that gets the command.
+MOUNT = 'mount --bind /opt/sbin /usr/local/sbin && exec "$@"'
 # Follows each command of a console. No document contains the record separator.
 PRINT_STATUS = "\nprintf '\\036%d\\036' $?\n"
 
@@ -17,7 +20,11 @@ class World:
         self.folder = tempfile.TemporaryDirectory(prefix="docs.", dir="/dev/shm")  # Thousands of syncs are slow on a disk.
         self.root = pathlib.Path(self.folder.name)
         self.root.chmod(0o755)
-        self.start = [str(TOP / "tools" / "sandbox"), "--program", str(program), str(self.root)]
+        sandbox = [str(TOP / "tools" / "sandbox"), "--program", str(program), str(self.root)]
+        subprocess.run(sandbox, check=True)
+        (self.root / "opt/sbin").mkdir()
+        shutil.copy(TOP / "wrapper" / "tavek-logrotate", self.root / "opt/sbin")
+        self.start = [*sandbox, "sh", "-c", MOUNT, "sh"]
 
     def close(self):
         self.folder.cleanup()
