@@ -7,6 +7,7 @@ import limit_rows  # noqa: F401
 import process_rows  # noqa: F401
 import fanout_rows  # noqa: F401
 import crowd_rows  # noqa: F401
+import log_service_rows  # noqa: F401
 import memory_rows  # noqa: F401
 import time_rows  # noqa: F401
 from lab import set_up_process

@@ -9,8 +9,9 @@ import tempfile
 TOP = pathlib.Path(__file__).resolve().parent.parent.parent
 PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 SECONDS = 300
-# /usr is the machine's and read-only, so a folder of the sandbox covers the one that gets the command.
-MOUNT = 'mount --bind /opt/sbin /usr/local/sbin && exec "$@"'
+# /usr is the machine's and read-only, so folders of the sandbox cover the two that the installation writes to.
+COVERS = {"/opt/covers/sbin": "/usr/local/sbin", "/opt/covers/doc": "/usr/share/doc"}
+MOUNT = "".join(f"mount --bind {ours} {theirs} && " for ours, theirs in COVERS.items()) + 'exec "$@"'
 # Follows each command of a console. No document contains the record separator.
 PRINT_STATUS = "\nprintf '\\036%d\\036' $?\n"
 
@@ -22,8 +23,11 @@ class World:
         self.root.chmod(0o755)
         sandbox = [str(TOP / "tools" / "sandbox"), "--program", str(program), str(self.root)]
         subprocess.run(sandbox, check=True)
-        (self.root / "opt/sbin").mkdir()
-        shutil.copy(TOP / "wrapper" / "tavek-logrotate", self.root / "opt/sbin")
+        for source, folder in (("wrapper/tavek-logrotate", "sbin"),
+                               ("examples/skip-temporary-files.conf", "doc/tavek-logrotate/examples")):
+            installed = self.root / "opt/covers" / folder
+            installed.mkdir(parents=True)
+            shutil.copy(TOP / source, installed)
         self.start = [*sandbox, "sh", "-c", MOUNT, "sh"]
 
     def close(self):
