@@ -8,8 +8,8 @@ _tavek_logrotate_words() {
     done
 }
 
-# The hosts that have a rotation file, or, behind a slash, any file. A name that is another's with six characters
-# behind it is the temporary file of a killed run, not a host.
+# The hosts that have a rotation file, or any file after a slash. A host's name followed by a dot and six characters is
+# a temporary file, not a host.
 _tavek_logrotate_hosts() {
     local file
     if [[ $cur == /* ]]; then
