@@ -99,49 +99,46 @@ std::uint64_t slots_of(const RuntimeConf* store) {
 RuntimeConfSlot* slot_of(const RuntimeConf* store, const char* name, std::uint64_t hash) {
   for (std::uint64_t i = hash % slots_of(store);; i = (i + 1) % slots_of(store)) {
     RuntimeConfSlot* const slot = &store->index[i];
-    if (slot->position == 0 || (slot->hash == hash && strcmp(store->entries[slot->position - 1].name, name) == 0)) {
+    if (slot->entry == nullptr || (slot->hash == hash && strcmp(slot->entry->name, name) == 0)) {
       return slot;
     }
   }
 }
 
-void add_to_index(RuntimeConf* store, std::uint64_t position) {
-  const char* name = store->entries[position - 1].name;
-  const std::uint64_t hash = hash_of(name);
-  *slot_of(store, name, hash) = {hash, position};
+void add_to_index(RuntimeConf* store, RuntimeConfEntry* entry) {
+  const std::uint64_t hash = hash_of(entry->name);
+  *slot_of(store, entry->name, hash) = {hash, entry};
 }
 
 // Makes sure that there is an index, unless there is no memory for it.
 void build_index(RuntimeConf* store) {
   if (store->index == nullptr) {
     store->index = static_cast<RuntimeConfSlot*>(calloc(slots_of(store), sizeof(RuntimeConfSlot)));
-    for (std::uint64_t position = 1; store->index != nullptr && position <= store->count; ++position) {
-      add_to_index(store, position);
+    for (std::uint64_t i = 0; store->index != nullptr && i < store->count; ++i) {
+      add_to_index(store, &store->entries[i]);
     }
   }
 }
 
 RuntimeConfEntry* find_to_replace(RuntimeConf* store, const char* name) {
   build_index(store);
-  if (store->index == nullptr) {
-    return find_unsorted(store, name);
-  }
-  const RuntimeConfSlot* slot = slot_of(store, name, hash_of(name));
-  return slot->position != 0 ? &store->entries[slot->position - 1] : nullptr;
+  return store->index != nullptr ? slot_of(store, name, hash_of(name))->entry : find_unsorted(store, name);
 }
 
 // Takes ownership of both strings, which are on the heap.
 void define(RuntimeConf* store, char* name, char* value) {
+  RuntimeConfEntry* const next = &store->entries[store->count];
   if (RuntimeConfEntry* known = find_to_replace(store, name)) {
     free(known->value);
     known->value = value;
     free(name);
     return;
   }
-  store->entries[store->count++] = {name, value};
+  *next = {name, value};
+  ++store->count;
   store->sorted = 0;
   if (store->index != nullptr) {
-    add_to_index(store, store->count);
+    add_to_index(store, next);
   }
 }
 

@@ -22,7 +22,7 @@ struct RuntimeConfEntry {
 /// A slot of the hash table that finds a name while a file is read.
 struct RuntimeConfSlot {
   std::uint64_t hash;
-  std::uint64_t position; ///< Position in the array, from 1 on; 0 if the slot is free.
+  RuntimeConfEntry* entry; ///< Borrowed from the array; null if the slot is free.
 };
 
 /// The definitions. A fresh store has all fields zero.
