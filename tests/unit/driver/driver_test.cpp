@@ -48,12 +48,15 @@ TEST_F(Driver, LoadsTheConfigurationBeforeItParsesTheCommandLine) {
   EXPECT_STREQ(runtime_conf_file_value(HTTPD_VHOSTS_D), vhosts.c_str());
 }
 
-TEST_F(Driver, GivesACategorysFileMode0644IfNoRandomNameIsAvailable) {
-  const mode_t before = umask(077);
-  const CallFault fault(Call::mkostemp, EEXIST);
-  run_tool({"-K", "--nginx-logs", "--rot-count=4", target});
-  umask(before);
-  EXPECT_EQ(mode_of(target), 0644U);
+TEST_F(Driver, GivesTheFileMode0644IfNoRandomNameIsAvailable) {
+  using Words = std::vector<std::string>;
+  for (const Words& words : {Words{"-K", "--nginx-logs", "--rot-count=4", target}, Words{target, "keep"}}) {
+    const mode_t before = umask(077);
+    const CallFault fault(Call::mkostemp, EEXIST);
+    run_tool(words);
+    umask(before);
+    EXPECT_EQ(mode_of(target), 0644U) << words.front();
+  }
 }
 
 TEST_F(Driver, ReplacesNothingIfATerminationSignalArrivesBeforeTheRename) {
