@@ -37,8 +37,6 @@ public:
   /// Records an error from a file operation performed elsewhere.
   void fail(int error);
 
-  bool is_open() const { return fd_.is_open(); }
-
   /// The errno of the first failure, or 0.
   int error() const { return error_; }
 
