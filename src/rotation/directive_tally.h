@@ -19,10 +19,10 @@ struct DirectiveTally {
   bool copytruncate_pending = false; ///< The current stanza has no copytruncate yet.
   std::string last_period;           ///< The period setting at the last write in the current stanza, even if
                                      ///< the file's own period was passed through.
-  int need_period = 0;               ///< The need_ flags are set after a first pass that never wrote the directive,
-  int need_rotate = 0;               ///< and make the second pass write it after each stanza head.
-  int need_compress = 0;
-  int need_mail = 0;
+  bool need_period = false;          ///< The need_ flags are set after a first pass that never wrote the directive,
+  bool need_rotate = false;          ///< and make the second pass write it after each stanza head.
+  bool need_compress = false;
+  bool need_mail = false;
   bool stanza_targeted = true; ///< Whether the current stanza may get a new postrotate block.
 };
 

@@ -45,16 +45,16 @@ bool RewriteContext::targets(std::string_view head) const {
 
 // The flags are set only in a second pass.
 void RewriteContext::insert_needed() {
-  if (tally_.need_period != 0) {
+  if (tally_.need_period) {
     writer_.write_period(settings_.period_type, settings_.period, "");
   }
-  if (tally_.need_rotate != 0) {
+  if (tally_.need_rotate) {
     writer_.write_rotate(settings_.rot_count, "");
   }
-  if (tally_.need_compress != 0) {
+  if (tally_.need_compress) {
     writer_.write_compress(settings_.compress);
   }
-  if (tally_.need_mail != 0) {
+  if (tally_.need_mail) {
     writer_.write_mail(settings_.email);
   }
 }
@@ -151,11 +151,11 @@ bool RewriteContext::end_of_input() {
 // directives after the stanza heads it finds. Neither the counters nor the scanner's start condition are reset, so the
 // second pass starts inside a stanza or a script and finds only heads that follow a stray brace.
 bool RewriteContext::plan_second_pass() {
-  tally_.need_period += tally_.periods == 0 ? 1 : 0;
-  tally_.need_rotate += tally_.rotates == 0 ? 1 : 0;
-  tally_.need_compress += tally_.compresses == 0 ? 1 : 0;
-  tally_.need_mail += tally_.mails == 0 ? 1 : 0;
-  return (tally_.need_period | tally_.need_rotate | tally_.need_compress | tally_.need_mail) != 0;
+  tally_.need_period = tally_.periods == 0;
+  tally_.need_rotate = tally_.rotates == 0;
+  tally_.need_compress = tally_.compresses == 0;
+  tally_.need_mail = tally_.mails == 0;
+  return tally_.need_period || tally_.need_rotate || tally_.need_compress || tally_.need_mail;
 }
 
 } // namespace tavek
