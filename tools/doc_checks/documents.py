@@ -10,7 +10,7 @@ The fence of a Markdown block gives its kind:
     ```other or ```     not commands
 
 A comment that starts with "<!-- before" contains a script that prepares the following blocks. In a manual page the
-literal displays of EXAMPLES are consoles, and comments '.\\"! ...' are such scripts.
+literal displays are consoles, and comments '.\\"! ...' are such scripts.
 """
 
 import re
@@ -90,19 +90,15 @@ def unescape(line):
 
 
 def manual_blocks(path, text):
-    blocks, block, section = [], None, ""
+    blocks, block = [], None
     for number, line in enumerate(text.splitlines(), 1):
-        if line.startswith(".Sh "):
-            section = line[4:]
-        elif section != "EXAMPLES":
-            continue
-        elif line.startswith('.\\"!'):
+        if line.startswith('.\\"!'):
             if not (blocks and blocks[-1].kind == "before" and blocks[-1].line + len(blocks[-1].lines) == number):
                 blocks.append(Block(path, number, "before"))
             blocks[-1].lines.append(line[4:].strip())
         elif line.startswith(".Bd -literal"):
             block = Block(path, number, "console")
-        elif line == ".Ed":
+        elif line == ".Ed" and block is not None:
             blocks.append(block)
             block = None
         elif block is not None:
