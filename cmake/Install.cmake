@@ -14,3 +14,4 @@ install(FILES man/oru.conf.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
 install(FILES completion/tavek-logrotate.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
   RENAME tavek-logrotate)
 install(FILES completion/_tavek-logrotate DESTINATION "${TAVEK_ZSH_COMPLETIONS}")
+install(FILES completion/tavek-logrotate.fish DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")

@@ -1,38 +1,66 @@
 # bash completion for tavek-logrotate                      -*- shell-script -*-
 
-# The words that begin with what is typed. Unlike compgen -W this expands nothing in them.
+# Adds the words that begin with what is typed, quoted in the same way. Unlike compgen -W this expands nothing in them.
+# Readline keeps an opening quote, so the replies do not contain it.
 _tavek_logrotate_words() {
-    local word
+    local word quoted
     for word; do
-        [[ $word == "$cur"* ]] && COMPREPLY+=("$word")
+        case $cur in
+            \'*) quoted="'${word//"'"/"'\''"}" ;;
+            \"*)
+                quoted=${word//\\/\\\\}
+                quoted=${quoted//'"'/'\"'}
+                quoted=${quoted//'$'/'\$'}
+                quoted="\"${quoted//'`'/'\`'}"
+                ;;
+            *) printf -v quoted %q "$word" ;;
+        esac
+        [[ $quoted == "$cur"* ]] && COMPREPLY+=("${quoted#[\'\"]}")
     done
 }
 
-# The hosts that have a rotation file, or any file after a slash. A host's name followed by a dot and six characters is
-# a temporary file, not a host.
+# Whether the host has a rotation file. A host's name followed by a dot and six characters is a temporary file.
+_tavek_logrotate_has_file() {
+    local file=/opt/oru/etc/logrotate.d/$1
+    [[ $1 != /* ]] || file=$1
+    [[ -f $file && ! ($file == *.?????? && -e ${file%.??????}) ]]
+}
+
+# The hosts that have a rotation file, for "on" also those that have only a folder, or any file after a slash.
 _tavek_logrotate_hosts() {
-    local file
-    if [[ $cur == /* ]]; then
+    local path name vhosts
+    if [[ $cur == ?([\'\"])/* ]]; then
         _filedir
         return
     fi
-    for file in /opt/oru/etc/logrotate.d/*; do
-        [[ -f $file && ! ($file == *.?????? && -e ${file%.??????}) ]] && _tavek_logrotate_words "${file##*/}"
+    for path in /opt/oru/etc/logrotate.d/*; do
+        _tavek_logrotate_has_file "${path##*/}" && _tavek_logrotate_words "${path##*/}"
+    done
+    [[ $status == @(|on|true) ]] || return
+    vhosts=$(sed -nE 's/^\s*HTTPD_VHOSTS_D\s+([^#]*[^#[:space:]]).*/\1/p' /etc/oru/oru.conf 2>/dev/null | tail -n 1)
+    for path in "${vhosts:-/var/www/vhosts}"/system/*/; do
+        name=${path%/}
+        name=${name##*/}
+        [[ -d $path ]] && ! _tavek_logrotate_has_file "$name" && _tavek_logrotate_words "$name"
     done
 }
 
-# A size is for the user to type.
-_tavek_logrotate_periods() {
-    [[ " ${words[*]} " == *[\ =]by_size\ * ]] || _tavek_logrotate_words daily weekly monthly
+# Only a host with a file can be switched off.
+_tavek_logrotate_states() {
+    if [[ ! $host ]] || _tavek_logrotate_has_file "$host"; then
+        _tavek_logrotate_words on off keep
+    else
+        _tavek_logrotate_words on
+    fi
 }
 
-# The values of an option. Fails for an option that takes none.
+# The values of an option. Fails for an option that takes none. A size, a count and an address are for the user to type.
 _tavek_logrotate_values() {
     case $1 in
         --vhost-name) _tavek_logrotate_hosts ;;
-        --on-off) _tavek_logrotate_words on off keep ;;
+        --on-off) _tavek_logrotate_states ;;
         --period-type) _tavek_logrotate_words by_time by_size ;;
-        --period) _tavek_logrotate_periods ;;
+        --period) [[ $period_type == by_size ]] || _tavek_logrotate_words daily weekly monthly ;;
         --compress) _tavek_logrotate_words true false ;;
         --anonymize-ip) _tavek_logrotate_words true false keep ;;
         --rot-count | --email) ;;
@@ -40,48 +68,83 @@ _tavek_logrotate_values() {
     esac
 }
 
-# Sets `given` to the words before the cursor that are neither options nor their values, and `category` when an option
-# says that the run is about system logs.
+# Notes an option and its value.
+_tavek_logrotate_note() {
+    used+="$1 "
+    case $1 in
+        --vhost-name) host=$2 ;;
+        --on-off) status=$2 ;;
+        --period-type) period_type=$2 ;;
+    esac
+    case $1 in
+        --system-logs) job=system ;;
+        --keep-old-logs | -K) used+='--keep-old-logs -K ' ;;
+        --help | -h) job=none ;;
+        --*-logs) job=${job:-category} ;;
+        --on-off | --compress | --email) job=${job:-host} ;;
+    esac
+}
+
+# Reads the words before the cursor.
 _tavek_logrotate_scan() {
-    local i
+    local i word
     for ((i = 1; i < cword; i++)); do
-        case ${words[i]} in
-            --*-logs) [[ ${words[i]} == --keep-old-logs ]] || category=yes ;;
+        word=${words[i]}
+        case $word in
+            --*=*) _tavek_logrotate_note "${word%%=*}" "${word#*=}" ;;
             --vhost-name | --on-off | --period-type | --period | --rot-count | --compress | --email | --anonymize-ip)
-                ((++i))
+                # The option whose value is being typed is not complete yet.
+                ((++i < cword)) && _tavek_logrotate_note "$word" "${words[i]}"
                 ;;
-            -*) ;;
-            *) given+=("${words[i]}") ;;
+            -?*) _tavek_logrotate_note "$word" ;;
+            *)
+                _tavek_logrotate_note "${positions[given]}" "$word"
+                job=${job:-host}
+                ((++given))
+                ;;
         esac
+    done
+}
+
+# The options that the chosen job uses and the line does not contain yet.
+_tavek_logrotate_options() {
+    local option uses='--vhost-name --period-type --period --rot-count --anonymize-ip'
+    case $job in
+        none) uses= ;;
+        system) uses=${uses#* } ;;
+        category) uses+=' --keep-old-logs -K' ;;
+        *)
+            case $status in
+                off | false) uses='--vhost-name' ;;
+                keep) uses='--vhost-name --anonymize-ip' ;;
+                *) uses+=' --on-off --compress --email --keep-old-logs -K' ;;
+            esac
+            [[ $job ]] || uses+=' --apache-logs --nginx-logs --tavek-logs --fail2ban-logs --modsecurity-logs --help -h'
+            # The run for all categories would ignore -K and a host.
+            [[ $job || " $used" == *\ @(-K|--vhost-name)\ * ]] || uses+=' --system-logs'
+            ;;
+    esac
+    for option in $uses; do
+        [[ " $used" == *" $option "* ]] || _tavek_logrotate_words "$option"
     done
 }
 
 # The word at the next position. Only the status "on" is followed by more.
 _tavek_logrotate_position() {
-    local given=() category=
-    _tavek_logrotate_scan
-    if [[ $category ]]; then
+    local position=${positions[given]}
+    if [[ $job == @(system|category) ]]; then
         _tavek_logrotate_options
-    elif ((${#given[@]} < 2)) || [[ ${given[1]} == @(on|true) ]]; then
-        case ${#given[@]} in
-            0) _tavek_logrotate_values --vhost-name ;;
-            1) _tavek_logrotate_values --on-off ;;
-            2) _tavek_logrotate_values --period-type ;;
-            3) _tavek_logrotate_values --period ;;
-            5) _tavek_logrotate_values --compress ;;
-        esac
+    elif [[ $job != none && $position && " $used" != *" $position "* ]]; then
+        ((given < 2)) || [[ $status == @(on|true) ]] && _tavek_logrotate_values "$position"
     fi
-}
-
-_tavek_logrotate_options() {
-    _tavek_logrotate_words --vhost-name --on-off --period-type --period --rot-count --compress --email --anonymize-ip \
-        --system-logs --apache-logs --nginx-logs --tavek-logs --fail2ban-logs --modsecurity-logs \
-        --keep-old-logs --help -K -h
 }
 
 _tavek_logrotate() {
     local cur prev words cword split
+    local positions=(--vhost-name --on-off --period-type --period --rot-count --compress --email)
+    local given=0 used='' job='' host='' status='' period_type=''
     _init_completion -s || return
+    _tavek_logrotate_scan
     if _tavek_logrotate_values "$prev" || $split; then
         return
     elif [[ $cur == -* ]]; then

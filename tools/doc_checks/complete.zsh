@@ -1,5 +1,6 @@
 # Prints the completions of a command line in zsh: complete.zsh FOLDER LINE. FOLDER contains the completion function.
-# An interactive shell on a pseudo-terminal receives the line and a tab and records its matches in a file.
+# An interactive shell on a pseudo-terminal receives the line and a tab and records its matches in a file. Descriptions
+# and messages are printed after a tab.
 zmodload zsh/zpty
 zmodload zsh/zselect
 export MATCHES=$1/matches TERM=dumb
@@ -9,11 +10,14 @@ PROMPT= fpath=($1 $fpath)
 autoload -Uz compinit
 compinit -u -d $1/dump # Later shells start in a quarter of the time with the dump.
 compadd() {
-  local -a found
+  local -a found options
+  options=(${@[1,(i)(-|--)]})
   # With -O, -A or -D the completion system only queries and adds nothing.
-  if (( ! ${@[1,(i)(-|--)][(I)-(O|A|D)]} )); then
+  if (( ! $options[(I)-(O|A|D)] )); then
     builtin compadd -A found "$@"
-    (( $#found )) && print -rl -- $found >>$MATCHES
+    (( $#found )) && print -rl -- ${(Q)found} >>$MATCHES
+    (( $options[(I)-x] )) && print -r -- $'\t'$options[$options[(i)-x]+1] >>$MATCHES
+    (( $options[(I)-d] )) && print -rl -- $'\t'${(P)^options[$options[(i)-d]+1]} >>$MATCHES
   fi
   builtin compadd "$@"
 }
