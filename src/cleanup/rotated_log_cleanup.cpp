@@ -35,7 +35,7 @@ private:
 };
 
 // Joins like std::filesystem::path: an absolute name replaces the directory. A path object re-parses itself on every
-// operation, which would be a tenth of a run.
+// operation, which would take a tenth of a run.
 std::string join(std::string directory, std::string_view name) {
   if (name.starts_with('/')) {
     return std::string(name);
@@ -70,8 +70,8 @@ std::optional<std::string> suffix_of(std::string_view path) {
   return std::string(path.substr(dot + 1));
 }
 
-// The suffix as a number, or nothing after a report. std::out_of_range is deliberately not caught: no rotation counts
-// that far, so a person should look before more is deleted.
+// Returns the suffix as a number. If it is not a number, reports it and returns nothing. std::out_of_range is
+// deliberately not caught: no rotation counts that far, so a person should look before more is deleted.
 std::optional<int> parse_number(const std::string& suffix, const std::string& path) {
   try {
     std::size_t parsed = 0;

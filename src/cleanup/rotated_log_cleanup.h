@@ -1,10 +1,10 @@
 #pragma once
 
 // Deletes rotated copies of logs beyond the number to keep. logrotate removes only the copy that its own rotation
-// pushes out, so copies left from a higher rotation count would remain forever.
+// pushes out, so copies left over from a higher rotation count would remain forever.
 //
-// Each problem is reported as one line on standard error, and the cleanup continues. Only a rotation number that does
-// not fit an int ends it: std::out_of_range is thrown.
+// Each problem with a copy is reported as one line on standard error, and the cleanup continues. Only a rotation number
+// that does not fit in an int ends the cleanup: std::out_of_range is thrown.
 
 #include <string>
 #include <vector>

@@ -35,7 +35,7 @@ std::string configuration_name(const Options& options, const char* by_default) {
 }
 
 void resolve_target(const std::string& name, RewriteJob& job) {
-  // at() refuses a run without a name: its error is the message for that case.
+  // at() throws if the name is empty, and the text of that exception is what the user sees.
   if (name.at(0) == '/') {
     job.config_path = name;
     job.settings.vhost_name = base_name(name.c_str());
@@ -52,7 +52,8 @@ void run_rewrite(const RewriteJob& job) {
   rewrite(job, replacement);
   replacement.complete();
   if (hold.termination_pending()) {
-    // Reached only as PID 1 of a container, which these signals do not kill.
+    // The pending signal is delivered when `hold` is destroyed and ends the process. So this message is printed only by
+    // process 1 of a container, which these signals do not kill.
     throw std::runtime_error("Terminated by a signal");
   }
   replacement.rename_over_target();
@@ -113,7 +114,7 @@ void run_category(const SystemLogCategory& category, const Options& options) {
 } // namespace
 
 void run(int argc, const char* const* argv) {
-  runtime_conf_load(); // A missing file is no error: every key has a default.
+  runtime_conf_load(); // A missing file is not an error: every key has a default.
   const std::optional<Options> options = parse_options(argc, argv);
   if (!options) {
     return; // Help has been printed.

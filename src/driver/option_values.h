@@ -8,8 +8,8 @@
 namespace tavek {
 
 /// Full reading, for a virtual host whose rotation is turned on: stores period type, period, rotation count, mail
-/// address and compression, then checks the period type and the period. Throws std::invalid_argument if these two are
-/// invalid and boost::bad_any_cast if a required option is missing.
+/// address and compression, then checks the period type and the period. Throws std::invalid_argument if one of these
+/// two is invalid, and boost::bad_any_cast if a required option is missing.
 void fill_settings(const Options& options, RotationSettings& settings);
 
 /// Partial reading, for a system-log category: stores the period type and the period, each only if it was given, and

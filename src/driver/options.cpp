@@ -71,14 +71,15 @@ void print_usage(const char* program, const po::options_description& options) {
   std::fputs(usage.str().c_str(), stdout);
 }
 
-// Lets complaint_of() reach what the library keeps for classes derived from its error.
+// Gives complaint_of() access to members that the library provides only to classes derived from its error.
 struct ErrorInternals : po::error_with_option_name {
   static auto words() { return &ErrorInternals::m_substitutions; }
   static auto message() { return &ErrorInternals::m_message; }
 };
 
-// The library's text for an error. The library expands placeholders such as %value% repeatedly, so a word from the
-// command line that contains one would loop forever. NUL, which no such word contains, stands in for the percent signs.
+// The library's text for an error. The library expands placeholders such as %value% repeatedly, so the expansion would
+// never end if a word from the command line contained one. NUL, which no such word contains, stands in for the percent
+// signs.
 std::string complaint_of(po::error_with_option_name& error) {
   for (auto& [placeholder, word] : error.*ErrorInternals::words()) {
     std::replace(word.begin(), word.end(), '%', '\0');
@@ -128,11 +129,12 @@ Switch Options::switch_value(const std::string& name) const {
 }
 
 std::optional<Options> parse_options(int argc, const char* const* argv) {
-  // Never destroyed: the run is about to end, and destroying the description would be a twentieth of it.
+  // The description is never destroyed: the run is about to end, and the destruction would take a twentieth of its
+  // time.
   static const auto& options = *new po::options_description(describe_options());
   auto map = std::make_unique<po::variables_map>();
   store_words({argv + std::min(argc, 1), argv + argc}, options, *map);
-  // Only now: a malformed value elsewhere on the line is reported even if help is asked for.
+  // Help is handled only now, so that a malformed value elsewhere on the line is reported even if help is requested.
   if (map->count("help") != 0) {
     print_usage(base_name(argv[0]), options);
     return std::nullopt;

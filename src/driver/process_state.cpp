@@ -64,8 +64,8 @@ bool TerminationHold::termination_pending() const {
   sigpending(&pending);
   const sigset_t ending = termination_signals();
   for (int signal = 1; signal <= SIGRTMAX; ++signal) {
-    // An ignored signal is also pending while it is blocked, but is dropped on release. A signal that the caller had
-    // blocked remains pending.
+    // An ignored signal can be pending too while it is blocked, but it is discarded when it is unblocked. A signal that
+    // the caller had blocked remains pending.
     if (sigismember(&ending, signal) == 1 && sigismember(&pending, signal) == 1 && sigismember(&before_, signal) == 0 &&
         !is_ignored(signal)) {
       return true;

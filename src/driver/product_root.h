@@ -1,5 +1,5 @@
 #pragma once
 
-// Where the product is installed. Compiled in: the files the tool writes belong to the installed product. A macro,
-// because tables join string literals to it.
+// Where the product is installed. It is compiled in because the files that the tool writes belong to the installed
+// product. It is a macro because tables concatenate string literals with it.
 #define TAVEK_PRODUCT_ROOT "/opt/oru"

@@ -17,8 +17,8 @@ public:
   /// current directory and then in the directories of PATH.
   SystemLogsFanout(const std::string& program_path, const Options& options);
 
-  /// Runs all children. The first failure ends the run: a child that fails throws std::runtime_error with its command
-  /// and its exit status (or the number of the signal that killed it); a child that cannot be started or waited for
+  /// Runs all children. The first failure ends the run. If a child fails, throws std::runtime_error with its command
+  /// and its exit status (or the number of the signal that killed it). If a child cannot be started or waited for,
   /// throws the process library's error.
   void run() const;
 

@@ -21,8 +21,7 @@ bool nothing_to_open(int error) {
   return error == EACCES || error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
 }
 
-// EINVAL and EROFS are the answers of file systems that do not sync directories; network and FUSE file systems give the
-// others.
+// File systems that do not sync directories return EINVAL or EROFS; network and FUSE file systems return the others.
 bool nothing_to_sync(int error) {
   return error == EINVAL || error == EROFS || error == EOPNOTSUPP || error == ENOSYS;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Makes changes to a directory survive a power loss. POSIX: fsync of a file does not sync its name.
+// Makes changes to a directory survive a power loss. According to POSIX, fsync of a file need not sync its name.
 
 #include <string>
 
@@ -12,14 +12,15 @@ namespace tavek {
 /// itself can fail.
 class DirectorySync {
 public:
-  /// Opens the parent directory of `path`, which is borrowed. Throws std::runtime_error "Failed to open ...", except
-  /// for a directory that may not be read or does not exist: nothing can be synced then, and the change itself reports
-  /// a missing directory.
+  /// Opens the parent directory of `path`, which is borrowed. Throws std::runtime_error "Failed to open ...". Does not
+  /// throw if the directory may not be read or cannot be found: then there is nothing to sync, and the change itself
+  /// reports a missing directory.
   explicit DirectorySync(const std::string& path);
 
-  /// Syncs the directory to disk. `change` says in the message what has happened to the file: "is removed". Throws
-  /// std::runtime_error if an error means that the change may be lost. A file system that does not sync directories is
-  /// not an error. Success needs no memory, so nothing else can fail after the change.
+  /// Syncs the directory to disk. `change` is the part of the message that says what has happened to the file, such as
+  /// "is removed". Throws std::runtime_error if an error means that the change may be lost. A file system that does not
+  /// sync directories is not an error. A successful sync allocates no memory, so nothing else can fail after the
+  /// change.
   void sync(const char* change) const;
 
 private:

@@ -10,8 +10,8 @@
 
 namespace tavek {
 
-/// A temporary file beside a target that is written, completed and renamed over it, in that order. The destructor
-/// removes the temporary file unless the rename was attempted. A failed rename leaves it, complete, for the
+/// A temporary file beside its target. It is first written, then completed, then renamed over the target. The
+/// destructor removes the temporary file unless the rename was attempted. A failed rename leaves it, complete, for the
 /// administrator to move into place.
 class FileReplacement {
 public:
@@ -32,8 +32,8 @@ public:
   void complete();
 
   /// Renames the temporary file over the target and syncs the directory. Throws std::filesystem::filesystem_error if
-  /// the rename fails. Throws std::runtime_error if the directory cannot be opened, or if its sync fails: only then the
-  /// new file is in place, but may not survive a power loss.
+  /// the rename fails. Throws std::runtime_error if the directory cannot be opened, or if its sync fails. After a
+  /// failed sync the new file is in place, but it may not survive a power loss.
   void rename_over_target();
 
 private:

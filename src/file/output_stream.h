@@ -14,7 +14,7 @@ namespace tavek {
 /// after finish(). Only the constructor throws.
 class OutputStream {
 public:
-  /// Throws std::bad_alloc. Must be opened before the first 32 KiB are written.
+  /// Throws std::bad_alloc. The stream must be opened before more than 32 KiB are written.
   OutputStream();
 
   void open(FileDescriptor fd) { fd_ = std::move(fd); }

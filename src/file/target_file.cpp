@@ -19,7 +19,7 @@ void refuse_special_file(const std::string& path, const struct stat& status) {
 }
 
 void refuse_irreplaceable(const std::string& path) {
-  // Of a symbolic link, a rename replaces the link itself, but reading follows it.
+  // If the target is a symbolic link, a rename replaces the link itself, but reading follows the link.
   struct statx entry {};
   if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &entry) != 0) {
     return;

@@ -8,7 +8,7 @@
 
 namespace tavek {
 
-/// The exception for "Failed to open PATH: " followed by the system's text for `error`.
+/// Returns the exception with the message "Failed to open PATH: " and the system's text for `error`.
 std::runtime_error failed_to_open(const std::string& path, int error);
 
 /// Throws std::runtime_error if `status`, the status of `path`, is that of a FIFO, a socket or a device. Opening one
@@ -16,8 +16,8 @@ std::runtime_error failed_to_open(const std::string& path, int error);
 /// reading it fails.
 void refuse_special_file(const std::string& path, const struct stat& status);
 
-/// Throws std::runtime_error if the file at `path` must not or cannot be replaced: a special file, also through a
-/// symbolic link, or an immutable file. A file that is missing or cannot be examined passes.
+/// Throws std::runtime_error if the file at `path` must not or cannot be replaced: if it is a special file, a symbolic
+/// link to a special file, or an immutable file. A file that is missing or cannot be examined passes.
 void refuse_irreplaceable(const std::string& path);
 
 /// Creates an empty file, mode 0644 under the umask 022, if there is none. Ignores failures: reading or replacing the

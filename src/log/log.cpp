@@ -120,7 +120,7 @@ void log_vsyslog(int level, const char* format, va_list args) {
 void log_syslog_traced(int level, const char* format, va_list args) {
   std::array<char, 8192> message{};
   const int prefix = snprintf(message.data(), message.size(), "%s: ", state.log_trace_id.data());
-  const auto used = static_cast<std::size_t>(prefix); // At most 63 + 2, the id's buffer and ": ".
+  const auto used = static_cast<std::size_t>(prefix); // At most 63 + 2 characters: the trace id and ": ".
   vsnprintf(message.data() + used, message.size() - used, format, args);
   syslog(level, "%s", message.data());
 }

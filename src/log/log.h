@@ -2,11 +2,11 @@
 
 // The panel's message sink: the one place in a process where the reports of its C-style libraries go.
 //
-// This program only sends reports through `log_hook`, in the initial state; the rest of this room is there for the
+// Of this header, the program uses only `log_hook`, in its initial state, and `program_path`; the rest is for the
 // panel's other tools.
 //
-// A report has a level: a syslog priority, 0 (emergency) to 7 (debug), or a larger number for a report that the
-// console sink drops unless the threshold is raised beyond the usual range. All state is process-wide and not
+// Each report has a level. It is a syslog priority from 0 (emergency) to 7 (debug), or a larger number: the console
+// sink drops such a report unless the threshold is raised beyond the usual range. All state is process-wide and not
 // thread-safe. Write errors are ignored. Nothing here throws.
 
 #include <array>
@@ -14,18 +14,19 @@
 
 namespace tavek {
 
-/// A sink: a level and a printf format with its arguments.
+/// A sink. It receives a level and a printf format with its arguments.
 using LogHook __attribute__((format(printf, 2, 3))) = void (*)(int level, const char* format, ...);
 /// The same for callers that have a va_list.
 using LogVHook __attribute__((format(printf, 2, 0))) = void (*)(int level, const char* format, va_list args);
 
 /// The console sink: prints a report and a newline on standard error, and again on standard output, if its level is at
-/// most the threshold. The destination "stderr" suppresses the second copy; any other than "console" suppresses both.
+/// most the threshold. The destination "stderr" suppresses the second copy; any other destination except "console"
+/// suppresses both.
 void log_console(int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void log_vconsole(int level, const char* format, va_list args) __attribute__((format(printf, 2, 0)));
 
-/// The syslog sink. The syslog mask drops reports here, not the threshold. It adds the trace id if kLogTraced is set
-/// and there is an id.
+/// The syslog sink. Here the syslog mask decides which reports are dropped; the threshold has no effect. It adds the
+/// trace id if kLogTraced is set and there is an id.
 void log_syslog(int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void log_vsyslog(int level, const char* format, va_list args) __attribute__((format(printf, 2, 0)));
 

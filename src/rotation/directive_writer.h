@@ -26,9 +26,8 @@ public:
   void begin_stanza(std::string_view head);
 
   /// Writes a period: "size=VALUE" for the type "by_size", the value alone for "by_time", or `pass_through` unchanged
-  /// for an empty type. Does nothing if the last period of the stanza was written for the same, non-empty
-  /// value. For any other type throws std::runtime_error
-  /// and writes nothing.
+  /// for an empty type. Does nothing if the value is not empty and the last period of the stanza was written for the
+  /// same value. If the type is any other, throws std::runtime_error and writes nothing.
   void write_period(const std::string& type, const std::string& value, std::string_view pass_through);
 
   /// Writes a rotation count, or `pass_through` unchanged if the count is negative.
@@ -43,8 +42,8 @@ public:
   void write_missingok();
   void write_copytruncate();
 
-  /// Writes the anonymizing command, with a postrotate block around it or alone. logrotate starts a script with the
-  /// names of the rotated logs as its arguments, which the command passes on as $*.
+  /// Writes the anonymizing command, either inside a new postrotate block or alone. logrotate passes the names of the
+  /// rotated logs to the script as arguments, and the command passes them to the anonymizer as $*.
   void write_anonymize(PostrotateBlock block);
 
   /// Calls write_anonymize() if `condition` is true.

@@ -38,8 +38,9 @@ public:
   /// The brace that closes a stanza: writes the directives that the stanza lacks, then the brace.
   void stanza_close(std::string_view text);
 
-  /// The end of the first pass. Writes the default file if the input contained no stanza. Returns whether a second pass
-  /// is needed, over the same input and into an emptied output, because some managed directive was never written.
+  /// The end of the first pass. Writes the default stanzas if a host's file contained none. Returns whether a second
+  /// pass is needed because period, rotate, compress or mail was never written. The second pass reads the same input
+  /// and writes to the emptied output.
   bool end_of_input();
 
 private:

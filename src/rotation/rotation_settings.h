@@ -1,6 +1,7 @@
 #pragma once
 
-// The settings that a rewrite applies. The driver fills them before any file is opened; then they are read-only.
+// The settings that a rewrite applies. The driver fills them before the rotation file is opened; then they are
+// read-only.
 
 #include <string>
 #include <vector>
@@ -14,7 +15,7 @@ struct RotationSettings {
   std::string period_type;         ///< "by_time" or "by_size"; if empty, periods in the file are kept.
   std::string period;              ///< "daily", "weekly" or "monthly", or the size as typed.
   int rot_count = -1;              ///< Rotated copies to keep; if negative, rotate directives in the file are kept.
-  std::string email;               ///< Address that gets rotated logs; if empty, there are no mail directives.
+  std::string email;               ///< Where rotated logs are sent; if empty, a host's file gets no mail lines.
   bool compress = false;           ///< False for off and for keep, so keep still writes nocompress.
   Switch anonymize = Switch::keep; ///< Whether a script anonymizes IP addresses in rotated logs.
   bool system_mode = false;        ///< Whether a system rotation file is edited; many directives are then copied.

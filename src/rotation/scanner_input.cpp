@@ -22,7 +22,7 @@ constexpr std::size_t kLargest = INT_MAX - 16; // flex counts the bytes of a buf
 constexpr std::size_t kHugePage = 2097152;     // With huge pages a large file is read in half the time.
 constexpr std::size_t kFirstCapacity = 4096;   // For a file whose size is unknown.
 
-// Like a generated scanner: an interrupted read is tried again, any other error is fatal.
+// Handles errors as a generated scanner does: an interrupted read is repeated, and any other error is fatal.
 std::size_t read_some(int fd, char* to, std::size_t room) {
   for (;;) {
     const ssize_t got = ::read(fd, to, room);
@@ -57,7 +57,7 @@ void ScannerInput::allocate(std::size_t capacity) {
   }
   auto larger = std::make_unique_for_overwrite<char[]>(capacity + kEndBytes);
   void* huge_pages = larger.get();
-  std::size_t aligned_room = capacity; // std::align moves both to the next boundary.
+  std::size_t aligned_room = capacity; // std::align moves the pointer to the next boundary and reduces this by the gap.
   if (std::align(kHugePage, kHugePage, huge_pages, aligned_room) != nullptr) {
     madvise(huge_pages, aligned_room, MADV_HUGEPAGE);
   }

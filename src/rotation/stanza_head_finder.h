@@ -6,8 +6,8 @@
 namespace tavek {
 
 /// Finds where a stanza head ends. A head runs from any '/' outside a stanza, over everything but '{', to a '{' that
-/// ends its line. The finder remembers the last '{' it found, so a million slashes before the same brace cost one
-/// search: searching from each of them takes minutes for 1 MiB of slashes.
+/// ends its line. The finder remembers the last '{' that it found, so a million slashes before the same brace cost only
+/// one search. A search from each slash would take minutes for 1 MiB of slashes.
 class StanzaHeadFinder {
 public:
   /// Returns the length of the head at the start of `text`, its newline included, or 0 if none starts there. `text` is

@@ -61,7 +61,7 @@ const char* runtime_conf_get(int index);
 /// Returns the file's value of a key, or null if the file does not define it or cannot be loaded.
 const char* runtime_conf_file_value(int index);
 
-/// Returns runtime_conf_get() for the key with this name. For an unknown name reports it and returns null.
+/// Returns runtime_conf_get() for the key with this name. If the name is unknown, reports this and returns null.
 const char* runtime_conf_get_by_name(const char* name);
 
 /// Returns the file's value for any name, known key or not, or null if it is absent or the file cannot be loaded.

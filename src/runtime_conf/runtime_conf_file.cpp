@@ -40,7 +40,7 @@ char* skip_name(char* text) {
 }
 
 void expected_space(const char* line) {
-  // Also used if the line does not start with a name: the author must fix the same thing, a name and a space.
+  // Also used if the line does not start with a name: in both cases the author must write a name and a space.
   log_state().log_hook(kQuietLevel, "Invalid variable definition %s\nExpected a space after variable name\n", line);
 }
 
@@ -60,7 +60,7 @@ char* value_end(char* value) {
   return mark != nullptr ? mark : at;
 }
 
-// Parses one line in place. Returns 0, also for a malformed line, or -1 with errno set if out of memory.
+// Parses one line in place. Returns 0, even for a malformed line, or -1 with errno set if out of memory.
 int read_line(char* line, RuntimeConf* store) {
   char* name = skip_space(line);
   if (ends_line(*name)) {
@@ -98,8 +98,8 @@ int read_lines(FILE* file, RuntimeConf* store) {
   return result;
 }
 
-// Opens the file for reading. Without O_NONBLOCK, opening a FIFO would wait for a writer. A file that is neither
-// regular nor a directory, whose contents may never end, is replaced with an empty one.
+// Opens the file for reading. Without O_NONBLOCK, opening a FIFO would wait for a writer. A file that is neither a
+// regular file nor a directory may never end, so /dev/null is opened instead.
 FILE* open_file(const char* path) {
   const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
   int fd = open(path, flags);

@@ -64,7 +64,7 @@ int grow_array(RuntimeConf* store) {
   if (larger == nullptr) {
     return out_of_memory("read");
   }
-  // runtime_conf_free visits all entries allocated, so the new ones must be zero.
+  // runtime_conf_free visits all allocated entries, so the new entries must be zero.
   std::fill(larger + store->capacity, larger + capacity, RuntimeConfEntry{});
   store->entries = larger;
   store->capacity = capacity;
@@ -110,7 +110,7 @@ void add_to_index(RuntimeConf* store, RuntimeConfEntry* entry) {
   *slot_of(store, entry->name, hash) = {hash, entry};
 }
 
-// Makes sure that there is an index, unless there is no memory for it.
+// Builds the index if there is none. If there is no memory, the store stays without an index.
 void build_index(RuntimeConf* store) {
   if (store->index == nullptr) {
     store->index = static_cast<RuntimeConfSlot*>(calloc(slots_of(store), sizeof(RuntimeConfSlot)));

@@ -9,8 +9,8 @@
 
 namespace tavek {
 
-/// The level of reports on the file, which the usual thresholds drop: a user of the tool need not know that defaults
-/// apply.
+/// The level of reports about the configuration file. The usual thresholds drop these reports, because a user of the
+/// tool need not know that defaults apply.
 inline constexpr int kQuietLevel = 12;
 
 /// One definition; both strings are owned.
@@ -34,8 +34,8 @@ struct RuntimeConf {
   RuntimeConfSlot* index = nullptr; ///< Owned hash table of the entries in use, or null. It only makes searches faster.
 };
 
-/// Makes room for one more entry: 20 entries at first, later twice as many. On failure returns -1 with errno ENOMEM;
-/// the array is unchanged.
+/// Makes room for one more entry. Allocates 20 entries at first; later doubles the capacity. On failure returns -1 with
+/// errno ENOMEM; the array is unchanged.
 int runtime_conf_reserve(RuntimeConf* store);
 
 /// Defines `name`; both strings are copied. A name that is already defined keeps its place and gets the new value. On
