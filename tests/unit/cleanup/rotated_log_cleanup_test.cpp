@@ -41,7 +41,7 @@ void expect_answer(bool beyond, const std::vector<NumberedPath>& paths) {
   }
 }
 
-// Expects a complaint, and that the path is not beyond even the smallest count.
+// Expects a complaint, and the answer false even for the smallest count.
 void expect_complaint(const std::string& path, const std::string& complaint) {
   EXPECT_EQ(complaints_of([&] { EXPECT_FALSE(is_beyond_rotation_count(path, INT_MIN)) << path; }), complaint);
 }
@@ -64,12 +64,12 @@ TEST(IsBeyondRotationCount, ReadsTheNumberAfterTheLastDot) {
   expect_answer(false, {{"a.9.1", 5}, {"a.9.1.gz", 5}});
 }
 
-TEST(IsBeyondRotationCount, AcceptsWhiteSpaceASignAndLeadingZeros) {
+TEST(IsBeyondRotationCount, AcceptsLeadingZerosAndWhiteSpaceAndASign) {
   expect_answer(true, {{"a.\t\n5", 4}, {"a.+5", 4}, {"a. +010", 9}, {"a.0000000000005", 4}});
   expect_answer(false, {{"a.010", 10}});
 }
 
-TEST(IsBeyondRotationCount, ThrowsForANumberThatDoesNotFitAnInt) {
+TEST(IsBeyondRotationCount, ThrowsForANumberThatDoesNotFitInAnInt) {
   for (const char* path : {"a.2147483648", "a.-2147483649", "a.123456789012.gz", "a.123456789012x"}) {
     EXPECT_THROW(is_beyond_rotation_count(path, 3), std::out_of_range) << path;
   }

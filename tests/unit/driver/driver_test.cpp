@@ -26,7 +26,7 @@ namespace tavek {
 
 namespace {
 
-// Whole runs in this process. What a user sees of a run is shown by the case folders.
+// Complete runs of the tool in this process. The case folders show what a user sees of a run.
 class Driver : public testing::Test {
 protected:
   void run_tool(std::vector<std::string> words) const {

@@ -10,7 +10,7 @@ namespace tavek {
 
 namespace {
 
-TEST(FillSettings, FillsPeriodCountAddressAndCompressionOnly) {
+TEST(FillSettings, FillsOnlyPeriodAndCountAndAddressAndCompression) {
   RotationSettings settings;
   settings.vhost_name = "before";
   fill_settings(options_of({"x", "on", "by_time", "daily", "5", "true", "a@b", "--anonymize-ip=on", "--apache-logs"}),
@@ -41,7 +41,7 @@ TEST(FillSettings, ThrowsForAMissingOrInvalidValue) {
   EXPECT_THROW(fill_settings(options_of({"x", "on", "by_size", "M", "5", "on"}), settings), std::invalid_argument);
 }
 
-TEST(FillGivenSettings, FillsPeriodTypePeriodAndCountOnly) {
+TEST(FillGivenSettings, FillsOnlyPeriodTypeAndPeriodAndCount) {
   RotationSettings settings;
   fill_given_settings(
       options_of({"--period-type=by_size", "--period=10M", "--rot-count=3", "--compress=on", "--email=a@b"}), settings);

@@ -30,7 +30,7 @@ TEST(Options, AreAbsentOrHaveTheirDefaults) {
   EXPECT_EQ(options.switch_value("anonymize-ip"), Switch::keep);
 }
 
-TEST(Options, ThrowIfAnAbsentOneIsRead) {
+TEST(Options, ThrowIfAnAbsentOptionIsRead) {
   const Options options = options_of({});
   EXPECT_THROW(options.text("period"), boost::bad_any_cast);
   EXPECT_THROW(options.switch_value("compress"), boost::bad_any_cast);
@@ -47,7 +47,7 @@ TEST(Options, AreFilledByPositionalArgumentsInOrder) {
   EXPECT_EQ(options.text("email"), "root@example.com");
 }
 
-TEST(Options, AreSetByTheFlagOfTheirName) {
+TEST(Options, AreSetByTheFlagOfTheSameName) {
   for (const char* given : kFlags) {
     const Options options = options_of({std::string("--") + given});
     for (const char* flag : kFlags) {
@@ -57,8 +57,8 @@ TEST(Options, AreSetByTheFlagOfTheirName) {
   EXPECT_TRUE(options_of({"-K"}).flag("keep-old-logs"));
 }
 
-// The library expands placeholders in its messages, those in a word of the user included.
-TEST(Options, AreNamedInAnErrorWithTheWordAsTyped) {
+// The library expands placeholders in its messages, including placeholders in a word that the user typed.
+TEST(Options, AreReportedInErrorsTogetherWithTheWordAsTyped) {
   for (const std::string word : {"5x", "\x01", "%", "5%", "%value%", "%option%", "%original_token%",
                                  "%canonical_option%", "%prefix%", "%value", "\x01%", "%\x01\xff%value%"}) {
     EXPECT_EQ(thrown_by<po::error>([&] {

@@ -19,8 +19,8 @@ namespace tavek {
 
 namespace {
 
-// Every signal that ends a process by default, except those that cannot be blocked, that a bug raises, or that the
-// program ignores. The C library reserves the numbers 32 and 33.
+// Every signal that ends a process by default, except signals that cannot be blocked, signals that a bug raises and
+// signals that the program ignores. The C library reserves the numbers 32 and 33.
 std::vector<int> termination_signals() {
   std::vector<int> signals;
   for (int signal = 1; signal <= SIGRTMAX; ++signal) {
@@ -41,7 +41,7 @@ sigset_t set_of(int signal) {
   return set;
 }
 
-// Whether the signal was pending. It no longer is.
+// Returns whether the signal was pending, and makes it no longer pending.
 bool take_pending(int signal) {
   const sigset_t set = set_of(signal);
   constexpr timespec immediately{};
@@ -54,7 +54,7 @@ bool is_blocked(int signal) {
   return sigismember(&mask, signal) == 1;
 }
 
-// The disposition of a signal while this exists.
+// Sets the disposition of a signal; the destructor restores the old one.
 class Disposition {
 public:
   Disposition(int signal, sighandler_t handler) : signal_(signal), before_(::signal(signal, handler)) {}
@@ -136,7 +136,7 @@ TEST(IgnoreWriteSignals, AWriteToAClosedPipeFailsInsteadOfKillingTheProcess) {
   EXPECT_EXIT(write_to_a_closed_pipe(), testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
-TEST(RestoreChildSignal, LetsAChildBeAwaitedIfTheCallerIgnoresSigchld) {
+TEST(RestoreChildSignal, MakesItPossibleToWaitForAChildIfTheCallerIgnoresSigchld) {
   const Disposition ignored(SIGCHLD, SIG_IGN);
   restore_child_signal();
   const pid_t child = fork();

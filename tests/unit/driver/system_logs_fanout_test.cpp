@@ -12,7 +12,8 @@ namespace tavek {
 
 namespace {
 
-// Without a check of its own the library would return a child that does not exist but has an exit status.
+// If our code did not check for this error, the library would return a child that does not exist but has an exit
+// status.
 TEST(SystemLogsFanout, ReportsAFailedFork) {
   const CallFault fault(Call::fork, EAGAIN);
   EXPECT_EQ(thrown_by<std::system_error>([] { SystemLogsFanout("/bin/true", options_of({})).run(); }),

@@ -56,7 +56,7 @@ TEST_F(DirectorySyncTest, AcceptsAFileSystemThatDoesNotSyncDirectories) {
   }
 }
 
-// The caller's own operation reports these, or there is nothing that could be synced.
+// The caller's own operation reports these errors, or there is nothing that can be synced.
 TEST_F(DirectorySyncTest, AcceptsADirectoryThatCannotBeReadOrDoesNotExist) {
   for (const int error : {EACCES, ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG}) {
     const CallFault no_directory(Call::open, error);

@@ -23,7 +23,7 @@ using Names = std::vector<std::string>;
 
 class FileReplacementTest : public testing::Test {
 protected:
-  // The temporary file beside the target, of which there is never more than one, or "".
+  // The path of the temporary file beside the target, or "". There is never more than one.
   std::string temporary_file() const {
     Names names = directory.names();
     std::erase(names, "target");

@@ -98,7 +98,7 @@ TEST_F(OutputStreamTest, RemembersThatItWasNeverOpened) {
   EXPECT_EQ(stream.error(), EBADF);
 }
 
-// The file would have a hole.
+// If a later write succeeded, the file would have a hole.
 TEST_F(OutputStreamTest, WritesNothingAfterAFailedWrite) {
   open_file();
   const CallFault fault(Call::write, EIO);

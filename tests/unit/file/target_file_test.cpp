@@ -21,7 +21,7 @@ std::string rejection(const std::string& path) {
   return thrown_by<std::runtime_error>([&] { refuse_irreplaceable(path); });
 }
 
-// Makes a file immutable while this exists, if the file system supports it and the user has the right.
+// Makes a file immutable while this object exists, if the file system supports it and the user has permission.
 class Immutability {
 public:
   explicit Immutability(const std::string& path)
@@ -47,7 +47,7 @@ private:
 };
 
 constexpr const char* kNoImmutability =
-    "no file can be made immutable here; tools/torture tests it on a disk of its own";
+    "no file can be made immutable here; tools/torture tests immutable files on a separate disk image";
 
 class TargetFile : public testing::Test {
 protected:
@@ -65,7 +65,7 @@ TEST_F(TargetFile, NamesThePathAndTheErrorOfAFailedOpen) {
   EXPECT_STREQ(failed_to_open("/a/b", EACCES).what(), "Failed to open /a/b: Permission denied");
 }
 
-TEST_F(TargetFile, RejectsFifosSocketsAndDevices) {
+TEST_F(TargetFile, RejectsFifosAndSocketsAndDevices) {
   struct stat status {};
   for (const mode_t kind : std::initializer_list<mode_t>{S_IFIFO, S_IFSOCK, S_IFCHR, S_IFBLK}) {
     status.st_mode = kind | 0644;
@@ -105,7 +105,7 @@ TEST_F(TargetFile, IsOpenedWithoutWaitingIfAFifoTakesItsPlace) {
   EXPECT_TRUE(std::filesystem::is_fifo(path));
 }
 
-TEST_F(TargetFile, CanBeReplacedIfItIsMissingAFileOrADirectory) {
+TEST_F(TargetFile, CanBeReplacedIfItIsAFileOrADirectoryOrIsMissing) {
   refuse_irreplaceable(path);
   refuse_irreplaceable(directory / "missing/target");
   refuse_irreplaceable(directory.path());

@@ -1,6 +1,7 @@
 #pragma once
 
-// The log facility as at process start, without its environment variables, for each test of a derived fixture.
+// A base class of fixtures. Before each test it resets the log facility to its state at process start and removes its
+// environment variables.
 
 #include <cstdarg>
 #include <cstdlib>

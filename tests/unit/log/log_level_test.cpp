@@ -34,7 +34,7 @@ TEST_F(LogLevel, IsRaisedByTheEnvironmentOnRequest) {
   EXPECT_EQ(threshold_with("1", 0 | kLogLevelFromEnvironment), 1);
 }
 
-TEST_F(LogLevel, IsNotRaisedByTheEnvironmentWithoutRequest) {
+TEST_F(LogLevel, IsNotRaisedByTheEnvironmentUnlessRequested) {
   EXPECT_EQ(threshold_with("7", 5), 5);
   EXPECT_EQ(threshold_with("7", 5 | 16), 5);
 }

@@ -15,7 +15,7 @@ using test::syslog_calls;
 
 class LogSyslog : public test::SyslogFixture {};
 
-TEST_F(LogSyslog, IsOpenedWithIdentityOptionsFacilityAndMask) {
+TEST_F(LogSyslog, IsOpenedWithIdentityAndOptionsAndFacilityAndMask) {
   log_init(nullptr, 5, 24, 2, "tool");
   EXPECT_EQ(syslog_calls(), (Calls{"closelog()", "openlog(tool, 3, 24)", "setlogmask(63)"}));
   EXPECT_EQ(log_state().log_facility, 24);
@@ -24,7 +24,7 @@ TEST_F(LogSyslog, IsOpenedWithIdentityOptionsFacilityAndMask) {
   EXPECT_EQ(log_state().log_vhook, log_vsyslog);
 }
 
-TEST_F(LogSyslog, ReplacesADestination) {
+TEST_F(LogSyslog, IsUsedAgainAfterADestination) {
   log_init("stderr", 5, 16, 0, nullptr);
   log_init(nullptr, 5, 16, 0, "tool");
   EXPECT_EQ(calls_of_report(3, "report"), Calls{"vsyslog(3, %s!, report!)"});
@@ -39,7 +39,7 @@ TEST_F(LogSyslog, ReceivesTheArgumentsOfEveryReport) {
   }
 }
 
-TEST_F(LogSyslog, PassesOnlySyslogsOwnOptionBitsOnButKeepsAll) {
+TEST_F(LogSyslog, KeepsAllOptionBitsButPassesOnlyThoseOfSyslogToOpenlog) {
   log_init(nullptr, 0, 16, 0xff & ~kLogTraced, "tool");
   EXPECT_EQ(syslog_calls()[1], "openlog(tool, 35, 16)");
   EXPECT_EQ(log_get_options(), 0xff & ~kLogTraced);
@@ -63,7 +63,7 @@ TEST_F(LogSyslog, TruncatesAnIdentityTo63Characters) {
   EXPECT_EQ(log_state().log_ident.data(), std::string(63, 'b'));
 }
 
-TEST_F(LogSyslog, MayBeGivenItsOwnIdentityAgain) {
+TEST_F(LogSyslog, AcceptsItsOwnIdentityBufferAsTheIdentity) {
   log_init(nullptr, 0, 16, 0, "panel");
   log_init(nullptr, 0, 16, 0, log_state().log_ident.data());
   EXPECT_STREQ(log_state().log_ident.data(), "panel");
@@ -77,7 +77,7 @@ TEST_F(LogSyslog, KeepsTheIdentityThatSyslogBorrows) {
   EXPECT_EQ(borrowed_identity(), log_state().log_ident.data());
 }
 
-TEST_F(LogSyslog, PassesReportsAboveTheThresholdOn) {
+TEST_F(LogSyslog, PassesOnReportsAboveTheThreshold) {
   log_init(nullptr, 3, 16, 0, "tool");
   EXPECT_EQ(calls_of_report(7, "detail"), Calls{"vsyslog(7, %s!, detail!)"});
 }

@@ -64,7 +64,7 @@ TEST_F(LogConsole, AddsANewlineEvenAfterANewline) {
   EXPECT_EQ(written_by([] { log_console(3, "line\n"); }), on_both_streams("line\n\n"));
 }
 
-TEST_F(LogConsole, ComparesLevelsAboveThoseOfSyslogToo) {
+TEST_F(LogConsole, AlsoComparesLevelsThatAreHigherThanThoseOfSyslog) {
   log_state().log_threshold = 11;
   EXPECT_EQ(report_at(12), Writes{});
   log_state().log_threshold = 12;
@@ -111,7 +111,7 @@ TEST_F(LogConsole, ReplacesSyslogIfThereIsADestination) {
   EXPECT_TRUE(test::syslog_calls().empty());
 }
 
-TEST_F(LogConsole, LeavesOptionsIdentityAndTraceIdUnchanged) {
+TEST_F(LogConsole, LeavesOptionsAndIdentityAndTraceIdUnchanged) {
   setenv("TAVEK_LOG_TRACE_ID", "trace", 1);
   log_init("console", 6, 16, kLogTraced | 2, "tool");
   EXPECT_EQ(log_get_options(), 1);

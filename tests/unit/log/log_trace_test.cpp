@@ -87,7 +87,7 @@ TEST_F(LogTrace, StopsAfterAnInitialisationWithoutTheTraceFlag) {
   EXPECT_EQ(calls_of_report(3, "report"), Calls{"vsyslog(3, %s!, report!)"});
 }
 
-TEST_F(LogTrace, PassesReportsOnUntracedIfTheIdIsEmpty) {
+TEST_F(LogTrace, DoesNotTraceReportsIfTheIdIsEmpty) {
   log_init(nullptr, 7, 16, kLogTraced, "tool");
   log_state().log_trace_id[0] = '\0';
   EXPECT_EQ(calls_of_report(3, "report"), Calls{"vsyslog(3, %s!, report!)"});

@@ -36,7 +36,7 @@ protected:
   }
 };
 
-// A death test sees standard error only. This makes it see both streams in order.
+// A death test sees standard error only. This joins both streams in order, so that it sees both.
 void join_streams() {
   dup2(STDERR_FILENO, STDOUT_FILENO);
 }
@@ -45,7 +45,7 @@ TEST_F(PrintMessage, PrintsOnStandardErrorThenOnStandardOutput) {
   EXPECT_EQ(written_by([] { print_message("text", 0); }), on_both_streams("text\n"));
 }
 
-TEST_F(PrintMessage, EndsTheTextWithExactlyOneNewline) {
+TEST_F(PrintMessage, AddsANewlineOnlyIfTheTextDoesNotEndWithOne) {
   EXPECT_EQ(written_by([] { print_message("two\nlines\n", 0); }), on_both_streams("two\nlines\n"));
   EXPECT_EQ(written_by([] { print_message("", 0); }), on_both_streams("\n"));
 }

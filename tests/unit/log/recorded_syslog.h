@@ -1,6 +1,6 @@
 #pragma once
 
-// Replaces openlog, closelog, setlogmask, syslog and vsyslog in the test program by functions that only record calls.
+// Replaces openlog, closelog, setlogmask, syslog and vsyslog in the test program with functions that only record calls.
 
 #include <string>
 #include <vector>

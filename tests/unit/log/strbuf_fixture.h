@@ -13,7 +13,7 @@ inline std::string repeated(std::size_t length) {
   return std::string(length, 'r');
 }
 
-/// A growable string as a caller owns it.
+/// A growable string, in the way that a caller owns it.
 class StrbufFixture : public testing::Test {
 protected:
   ~StrbufFixture() override { free(text); }

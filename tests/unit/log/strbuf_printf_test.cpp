@@ -37,7 +37,7 @@ TEST_F(StrbufPrintf, UsesAllOfItsRoomBeforeItGrows) {
   expect(repeated(79), 0);
 }
 
-TEST_F(StrbufPrintf, GrowsForOneCharacterTooMany) {
+TEST_F(StrbufPrintf, GrowsIfOneCharacterDoesNotFit) {
   EXPECT_NE(strbuf_printf(&text, &room, "%s", repeated(80).c_str()), nullptr);
   expect(repeated(80), 79);
   fill_room();

@@ -37,7 +37,7 @@ TEST_F(Strbuf, RemainsNullIfItCannotBeAllocated) {
   EXPECT_EQ(room, 80U);
 }
 
-TEST_F(Strbuf, AllocatesNothingForRoomThatItHas) {
+TEST_F(Strbuf, AllocatesNothingIfItHasEnoughRoom) {
   init();
   char* const before = text;
   const CallFault counted(Call::allocation, ENOMEM);
@@ -76,7 +76,7 @@ TEST_F(Strbuf, RejectsASizeThatOverflows) {
   errno = 0;
   EXPECT_EQ(strbuf_reserve(&text, &room, SIZE_MAX), nullptr);
   EXPECT_EQ(errno, ERANGE);
-  // And here one byte more than SIZE_MAX.
+  // Here the block would have one byte more than SIZE_MAX.
   errno = 0;
   EXPECT_EQ(strbuf_reserve(&text, &room, SIZE_MAX - 4), nullptr);
   EXPECT_EQ(errno, ERANGE);
@@ -93,7 +93,7 @@ TEST_F(Strbuf, RequestsTheLargestSizeThatDoesNotOverflow) {
   EXPECT_TRUE(first.happened());
 }
 
-TEST_F(Strbuf, RejectsARoomThatOverflows) {
+TEST_F(Strbuf, RejectsRoomThatOverflows) {
   append("text");
   room = SIZE_MAX - 1;
   errno = 0;

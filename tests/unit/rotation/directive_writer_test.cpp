@@ -26,7 +26,7 @@ TEST_F(DirectiveWriterTest, CopiesAnyBytes) {
   EXPECT_EQ(written(), std::string("a\0\xff\r", 4));
 }
 
-TEST_F(DirectiveWriterTest, WritesAPeriodByItsType) {
+TEST_F(DirectiveWriterTest, WritesAPeriodAccordingToItsType) {
   writer.write_period("by_size", "10M", "\tdaily\n");
   writer.write_period("by_time", "weekly", "\tdaily\n");
   EXPECT_EQ(written(), "\tsize=10M\n\tweekly\n");
@@ -69,7 +69,7 @@ TEST_F(DirectiveWriterTest, RejectsAnyOtherTypeAndWritesNothing) {
   EXPECT_EQ(written(), "");
 }
 
-TEST_F(DirectiveWriterTest, WritesARotationCountOrCopiesTheLineForANegativeOne) {
+TEST_F(DirectiveWriterTest, WritesANonNegativeRotationCountAndOtherwiseCopiesTheLine) {
   writer.write_rotate(0, "rotate 9\n");
   writer.write_rotate(2147483647, "rotate 9\n");
   writer.write_rotate(-1, "rotate 9\n");

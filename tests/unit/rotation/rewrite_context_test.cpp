@@ -15,7 +15,7 @@ constexpr const char* kBlock = "\tpostrotate\n"
                                "\t\t/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*\n"
                                "\tendscript\n";
 
-// A rewrite of the file of a host, with every setting filled.
+// A rewrite of a host's file, with every setting except anonymization filled.
 class RewriteContextTest : public testing::Test {
 protected:
   RewriteContextTest() {
@@ -89,7 +89,7 @@ TEST_F(RewriteContextTest, CountsDirectivesOverAllStanzas) {
                        "/b {\n\tweekly\n\tcompress\n\tmissingok\n\tcopytruncate\n}");
 }
 
-TEST_F(RewriteContextTest, DropsARepeatedPeriodWithinAStanzaOnly) {
+TEST_F(RewriteContextTest, DropsARepeatedPeriodOnlyWithinAStanza) {
   context.stanza_head("/a {\n");
   context.period_line("daily\n");
   context.period_line("monthly\n");
@@ -109,7 +109,7 @@ TEST_F(RewriteContextTest, CopiesPeriodAndCountLinesIfNeitherIsSet) {
   EXPECT_EQ(written(), "/a {\n  size 1M\nrotate\t9 \ndaily\n");
 }
 
-TEST_F(RewriteContextTest, CopiesTheDirectivesOfHostsInSystemMode) {
+TEST_F(RewriteContextTest, CopiesHostOnlyDirectivesInSystemMode) {
   set_system_mode();
   context.stanza_head(kHead);
   context.compress_line(" nocompress\n");
@@ -143,7 +143,7 @@ TEST_F(RewriteContextTest, AddsTheScriptInSystemModeOnlyToStanzasWhoseFirstPathI
   }
 }
 
-TEST_F(RewriteContextTest, AddsTheScriptToEveryStanzaWithoutASelectionOrOutsideSystemMode) {
+TEST_F(RewriteContextTest, AddsTheScriptToEveryStanzaIfThereIsNoSelectionOrNoSystemMode) {
   job.settings.anonymize = Switch::on;
   job.target_logs = {"/x"};
   job.select_targets = true;
@@ -153,7 +153,7 @@ TEST_F(RewriteContextTest, AddsTheScriptToEveryStanzaWithoutASelectionOrOutsideS
   EXPECT_TRUE(rewritten_stanza(kHead).ends_with(std::string(kBlock) + "}"));
 }
 
-TEST_F(RewriteContextTest, ReplacesAnAnonymizingCommandOfAnyRoot) {
+TEST_F(RewriteContextTest, ReplacesAnAnonymizingCommandOfAnyProductRoot) {
   job.settings.anonymize = Switch::on;
   context.stanza_head(kHead);
   context.script_command(" /usr/local/old/admin/sbin/anonymize_ip --all $1\n");
@@ -188,7 +188,7 @@ TEST_F(RewriteContextTest, CopiesTheCommandIfAnonymizationIsNotSet) {
             "\tmissingok\n\tcopytruncate\n}");
 }
 
-// The command is a path of at least two components, followed by an argument or a blank.
+// The command is a path of at least two components, followed by a blank.
 TEST_F(RewriteContextTest, CopiesLinesThatOnlyResembleTheCommand) {
   job.settings.anonymize = Switch::off;
   constexpr const char* near_misses[] = {"/anonymize_ip $*\n",     "//anonymize_ip $*\n",    "/x/anonymize_ip\n",
@@ -232,7 +232,7 @@ TEST_F(RewriteContextTest, NeedsNoSecondPassAfterAClosedStanza) {
   EXPECT_EQ(written(), kHead);
 }
 
-TEST_F(RewriteContextTest, WritesInASecondPassAfterEachHeadTheDirectivesThatTheFirstNeverWrote) {
+TEST_F(RewriteContextTest, InASecondPassWritesAfterEachHeadTheDirectivesThatTheFirstPassNeverWrote) {
   context.stanza_head("/a {\n");
   EXPECT_TRUE(context.end_of_input());
   output.stream().restart();
@@ -242,7 +242,7 @@ TEST_F(RewriteContextTest, WritesInASecondPassAfterEachHeadTheDirectivesThatTheF
   EXPECT_EQ(written(), "/b {\n" + missing + "/c {\n" + missing);
 }
 
-// Neither missingok nor copytruncate needs a second pass.
+// A missing missingok or copytruncate does not cause a second pass.
 TEST_F(RewriteContextTest, NeedsASecondPassForEachOfFourDirectives) {
   struct Directive {
     void (RewriteContext::*line)(std::string_view);

@@ -19,7 +19,7 @@ protected:
     job.settings.rot_count = 5;
   }
 
-  // The target after a replacement with its own rewrite.
+  // Writes `content` to the target, rewrites it, replaces the target with the result and returns the target's content.
   std::string rewritten(const std::string& content) const {
     directory.write("target", content);
     FileReplacement replacement(job.config_path);

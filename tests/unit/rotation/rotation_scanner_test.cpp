@@ -1,4 +1,4 @@
-// What a rule matches is the subject of tests/property, which compares the scanner with a plain rendering of its rules.
+// tests/property tests what each rule matches: it compares the scanner with a plain implementation of its rules.
 
 #include "rotation/rotation_scanner.h"
 
@@ -69,7 +69,7 @@ TEST_F(RotationScannerTest, StartsEveryInputAtTheBeginningOfALine) {
   EXPECT_EQ(scanned({"x", "#/a {\n}"}), "x#/a {\n}");
 }
 
-TEST_F(RotationScannerTest, LetsExceptionsOfTheContextPass) {
+TEST_F(RotationScannerTest, DoesNotCatchExceptionsOfTheContext) {
   job.settings.period_type = "by_moon";
   EXPECT_THROW(scanned({"/a {\ndaily\n}\n"}), std::runtime_error);
 }

@@ -33,7 +33,7 @@ std::string sample(std::size_t size) {
 
 class ScannerInputTest : public testing::Test {
 protected:
-  // The message of the exception with which reading the file ends.
+  // The message of the exception that reading the file throws.
   template <typename Error>
   static std::string failure(const std::string& path) {
     return thrown_by<Error>([&] { ScannerInput{path}; });
@@ -58,7 +58,7 @@ TEST_F(ScannerInputTest, EndsWithTwoNulBytesThatAreNotCounted) {
   EXPECT_EQ(std::string(input.data(), 5), std::string("abc\0\0", 5));
 }
 
-TEST_F(ScannerInputTest, ReadsToTheEndOfAFileThatGrowsMeanwhile) {
+TEST_F(ScannerInputTest, ReadsToTheEndOfAFileThatGrowsDuringTheRead) {
   const std::string content = sample(100);
   const std::string more = sample(70000);
   directory.write("file", content);
@@ -72,7 +72,7 @@ TEST_F(ScannerInputTest, ReadsToTheEndOfAFileThatGrowsMeanwhile) {
   EXPECT_EQ(std::string(input.data() + input.size(), 2), std::string(2, '\0'));
 }
 
-TEST_F(ScannerInputTest, ReadsAFileThatIsTruncatedMeanwhile) {
+TEST_F(ScannerInputTest, ReadsAFileThatIsTruncatedDuringTheRead) {
   directory.write("file", sample(50000));
   const CallFault truncation(Call::read, [&] {
     std::filesystem::resize_file(path, 10);
@@ -105,8 +105,8 @@ TEST_F(ScannerInputTest, RejectsAFileTooLargeForTheScanner) {
   EXPECT_FALSE(reading.happened());
 }
 
-// The read fails before it touches that much memory.
-TEST_F(ScannerInputTest, ReadsTheLargestFileThatFits) {
+// The read is made to fail, so the test does not need that much memory.
+TEST_F(ScannerInputTest, DoesNotRejectTheLargestFileThatFits) {
   std::filesystem::resize_file(directory.write("file", ""), 2147483647 - 17);
   const CallFault fault(Call::read, EIO);
   EXPECT_EQ(failure<ScannerFatalError>(path), "input in flex scanner failed");

@@ -35,7 +35,7 @@ TEST(StanzaHeadFinder, FindsNoHeadWithoutABrace) {
   }
 }
 
-// The scanner passes each '/' of an input in turn.
+// The scanner passes each '/' of an input that may start a head, in turn.
 TEST(StanzaHeadFinder, FindsEveryHeadOfAnInput) {
   constexpr std::string_view input = "/a/b { x /c\n/d {\n} /e {\n} /f";
   StanzaHeadFinder heads;

@@ -67,12 +67,12 @@ TEST_F(RuntimeConfFile, IgnoresBlankLinesAndComments) {
   EXPECT_EQ(take_reports(), Reports{});
 }
 
-TEST_F(RuntimeConfFile, AcceptsLettersDigitsAndUnderscoresInAName) {
+TEST_F(RuntimeConfFile, AcceptsLettersAndDigitsAndUnderscoresInAName) {
   EXPECT_EQ(read("_a 1\n9 2\nZz_09 3\n"), 0);
   EXPECT_EQ(entries(), (Entries{"9=2", "Zz_09=3", "_a=1"}));
 }
 
-TEST_F(RuntimeConfFile, SkipsALineWithoutANameAndASpace) {
+TEST_F(RuntimeConfFile, SkipsALineThatDoesNotStartWithANameAndASpace) {
   for (const std::string line : {"KEY=/srv\n", "KEY# note\n", "KEY.v\n", "KEY", "KEY\xc3\xa9 v\n", "=KEY v\n", "-\n",
                                  "\xc3\xa9 v\n", "\"KEY\" v"}) {
     EXPECT_EQ(value_of(line), "(unset)") << line;
@@ -135,7 +135,7 @@ TEST_F(RuntimeConfFile, ReportsAFileThatCannotBeOpened) {
 }
 
 // Opening a FIFO must not wait for a writer, and reading a device such as /dev/zero would never end.
-TEST_F(RuntimeConfFile, TakesAFileThatIsNotRegularForAnEmptyOne) {
+TEST_F(RuntimeConfFile, TreatsAFileThatIsNotRegularAsEmpty) {
   const std::string fifo = folder / "fifo";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
   for (const std::string& path : {fifo, std::string("/dev/null"), std::string("/dev/zero")}) {

@@ -50,7 +50,7 @@ const KnownKey kKnownKeys[] = {
     {30, MAX_POSSIBLE_ORU_CONF_VAR, "_MAX_POSSIBLE_ORU_CONF_VAR_NAME", "_MAX_POSSIBLE_ORU_CONF_VAR_VALUE"},
 };
 
-TEST(RuntimeConfKeys, HaveTheNumbersNamesAndDefaultsThatOtherProgramsKnow) {
+TEST(RuntimeConfKeys, HaveTheNumbersAndNamesAndDefaultsThatOtherProgramsKnow) {
   for (const KnownKey& known : kKnownKeys) {
     EXPECT_EQ(known.key, known.index);
     EXPECT_STREQ(kRuntimeConfKeyRows[known.index].name, known.name);

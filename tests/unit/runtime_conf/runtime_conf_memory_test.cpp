@@ -1,4 +1,5 @@
-// Every allocation may fail: the store keeps its definitions, and nothing leaks, which the address sanitizer checks.
+// Any allocation may fail: the store must then keep its definitions, and no memory may leak. The address sanitizer
+// reports leaks.
 
 #include <cerrno>
 #include <cstdint>
@@ -136,7 +137,8 @@ TEST_F(RuntimeConfFileMemory, ReportsAStoreThatCannotBeAllocated) {
   expect_failure(runtime_conf_load(), no_store());
 }
 
-// Whichever allocation fails, the load fails and the next one succeeds; only the index, built twice, is not needed.
+// If an allocation fails, the load fails and the next load succeeds. The only exception is the index: it is built
+// twice, and a load succeeds without it.
 TEST_F(RuntimeConfFileMemory, LoadsTheWholeFileOrNothing) {
   std::string content;
   for (int i = 0; i < 25; ++i) {

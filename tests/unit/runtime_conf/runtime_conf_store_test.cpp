@@ -70,7 +70,7 @@ TEST_F(RuntimeConfStore, ReplacesTheValueOfAKnownNameInPlace) {
   EXPECT_EQ(entries(), (Entries{"B=3", "A=2"}));
 }
 
-// Searching each time from the first entry would take minutes.
+// A linear search for each name would take minutes.
 TEST_F(RuntimeConfStore, DefinesManyNamesInAShortTime) {
   constexpr int many = 200000;
   for (const char* value : {"first", "second"}) {
@@ -97,7 +97,7 @@ TEST_F(RuntimeConfStore, ReplacesAndAddsAfterSorting) {
   EXPECT_EQ(found("N029"), "last");
 }
 
-TEST_F(RuntimeConfStore, ComparesNamesWithTheirCaseAndLength) {
+TEST_F(RuntimeConfStore, ComparesWholeNamesCaseSensitively) {
   runtime_conf_set("NAME", "1", store);
   runtime_conf_set("name", "2", store);
   runtime_conf_set("NAME_D", "3", store);
@@ -163,7 +163,7 @@ TEST_F(RuntimeConfStore, FindsEveryNameInASortedStoreOfAnySize) {
   }
 }
 
-// Searches in entries that are not on the heap. Their order may contradict the mark that they are sorted.
+// Searches an array of entries that is not on the heap. The store may be marked as sorted although its entries are not.
 class RuntimeConfFind : public testing::Test {
 protected:
   static RuntimeConfEntry entry(std::string& name, std::string& value) { return {name.data(), value.data()}; }

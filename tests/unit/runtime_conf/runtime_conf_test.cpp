@@ -112,7 +112,7 @@ TEST_F(RuntimeConfiguration, ReportsANameOutsideTheKeySetEvenIfTheFileDefinesIt)
   }
 }
 
-TEST_F(RuntimeConfiguration, ReadsTheFileOfTheSystemByDefault) {
+TEST_F(RuntimeConfiguration, ReadsTheSystemsConfigurationFileByDefault) {
   runtime_conf_use_file(nullptr);
   EXPECT_EQ(runtime_conf_get_by_name("FOO"), nullptr);
   EXPECT_EQ(take_reports(), unknown("FOO", "/etc/oru/oru.conf"));
