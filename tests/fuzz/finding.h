@@ -9,7 +9,7 @@
 
 namespace tavek {
 
-/// Prints a message and both strings and aborts if they differ.
+/// If the strings differ, prints a message and both strings and aborts.
 inline void expect_same(std::string_view what, std::string_view expected, std::string_view actual) {
   if (expected == actual) {
     return;
@@ -20,7 +20,7 @@ inline void expect_same(std::string_view what, std::string_view expected, std::s
   std::abort();
 }
 
-/// Prints a message and aborts if `condition` is false.
+/// If `condition` is false, prints a message and aborts.
 inline void expect(bool condition, std::string_view what) {
   expect_same(what, "true", condition ? "true" : "false");
 }

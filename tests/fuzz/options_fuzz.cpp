@@ -1,4 +1,4 @@
-// Parses a command line and compares the two ways to fill the settings from it with a plain model. An input is a
+// Parses a command line. Fills settings from it in both ways and compares the results with a plain model. An input is a
 // command line, one argument per line. It is either accepted or rejected with an exception.
 
 #include <algorithm>
@@ -31,8 +31,8 @@ std::vector<std::string> split(std::string_view input) {
   return arguments;
 }
 
-// The help option ends the process. Any prefix of its long name selects it, and its short name may be one of several
-// in an argument. The library reads "---h" as the short name too.
+// If help is requested, parse_options() only prints the usage text. Any prefix of its long name selects it, and its
+// short name may be combined with others in one argument. The library reads "---h" as the short name too.
 bool may_ask_for_help(const std::string& argument) {
   return argument.starts_with("--h") || argument.starts_with("---h") ||
          (argument.starts_with("-") && !argument.starts_with("--") && argument.find('h') != std::string::npos);
@@ -101,7 +101,7 @@ void check_category(const Options& options) {
   const SystemLogCategory* selected = selected_category(options);
   std::string expected;
   for (const char* name : {"modsecurity-logs", "fail2ban-logs", "tavek-logs", "nginx-logs", "apache-logs"}) {
-    expected = options.flag(name) ? name : expected; // The first category in the program's order is the last one here.
+    expected = options.flag(name) ? name : expected; // The order is reversed, so the program's first category wins.
   }
   expect_same("the category", expected, selected != nullptr ? selected->option : "");
 }

@@ -1,4 +1,4 @@
-// Compares the parser of the rotation number in a path with a model that reads the path backwards by index.
+// Compares the parser of the rotation number in a path with a model that reads the path byte by byte from its end.
 //
 // An input starts with a digit that selects the rotation count. The path follows.
 
@@ -52,7 +52,7 @@ Answer actual_answer(const std::string& path, int count) {
   char* complaint = nullptr;
   std::size_t size = 0;
   FILE* const before = stderr;
-  stderr = open_memstream(&complaint, &size); // The C library allows it.
+  stderr = open_memstream(&complaint, &size); // The GNU C library allows assignments to stderr.
   Answer answer;
   try {
     answer = is_beyond_rotation_count(path, count) ? "yes" : "no";

@@ -20,7 +20,7 @@ namespace tavek {
 
 namespace {
 
-// The definitions in a file, the last one of each name, and the reports about its malformed lines.
+// The last definition of each name in a file, and the reports about the file's malformed lines.
 struct PlainDefinitions {
   std::map<std::string, std::string> values;
   std::string reports;

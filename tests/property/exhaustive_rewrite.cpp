@@ -1,9 +1,10 @@
 // Compares the program's rewrite with the plain rules on every short input over small alphabets.
 //
-//   exhaustive_rewrite [--full]      longer inputs with --full, for minutes
+//   exhaustive_rewrite [--full]      --full uses longer inputs and takes minutes
 //
 // An input is a prefix followed by a sequence of tokens. The check stops at the first difference, prints it and exits
-// with 1. Shorter sequences come first, so no shorter input over that alphabet differs. Other arguments are ignored.
+// with 1. Shorter sequences come first, so no sequence of fewer tokens of that alphabet gives a difference. Other
+// arguments are ignored.
 
 #include <algorithm>
 #include <iomanip>
@@ -36,14 +37,14 @@ constexpr std::string_view kStanza = "/x {\n";
 std::vector<Alphabet> alphabets() {
   // clang-format off
   std::vector<Alphabet> all = {
-      // The start and end of comments, stanza heads and stanzas, each after the start of the input, a newline, a carriage
-      // return, a NUL and a brace.
+      // The bytes that start or end comments, stanza heads and stanzas. Each occurs at the start of the input and after
+      // a newline, a carriage return, a NUL and a brace.
       {"bytes outside a stanza", "", {"#", "/", "{", "{\n", "}", "\n", "\r", "\0"sv}, 4, 6},
-      // The bytes that end the first path of a head. In system mode that path selects stanzas for the anonymizer, which
-      // shows at the closing brace.
+      // The bytes that end the first path of a head. In system mode that path decides whether the stanza gets the
+      // anonymizer; the closing brace shows the decision.
       {"first path of a head", "/x", {" ", "\t", "\v", "\r", "\0"sv, "\n", "/x", "{", "{\n", "}"}, 3, 5},
-      // Whole lines, for the counters: repeated and missing directives in one stanza and over several, scripts, stray
-      // braces, and a second pass over a stanza that never closes.
+      // Whole lines, to test the counters: directives that are repeated or missing in one stanza or in several,
+      // scripts, stray braces, and a second pass over a stanza that never closes.
       {"lines of stanzas", kStanza,
        {"\tdaily\n", "size 5\n", "rotate 1\n", "compress\n", "missingok\n", "copytruncate\n", "mail a\n", "maillast\n",
         "postrotate\n", "endscript\n", "\t/x/anonymize_ip a\n", "/y {\n", "}\n", "}"}, 3, 5},
@@ -65,7 +66,7 @@ std::vector<Alphabet> alphabets() {
   return all;
 }
 
-// Settings that together take every branch of the rules.
+// Settings that together exercise every branch of the rules.
 std::vector<RewriteJob> jobs() {
   const RewriteJob keep_everything;
   RewriteJob set_everything;

@@ -1,6 +1,6 @@
 #pragma once
 
-// The rules of the rewrite in their plainest form, to compare the program with.
+// The rules of the rewrite in their plainest form. The program is compared with them.
 
 #include <string>
 #include <string_view>

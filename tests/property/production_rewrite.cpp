@@ -32,7 +32,7 @@ public:
     return content;
   }
 
-  /// A second descriptor for a stream to close, positioned at the start of the file.
+  /// A second descriptor, which the stream will close. Its position is the start of the file.
   FileDescriptor rewound() const {
     lseek(fd_.get(), 0, SEEK_SET);
     return FileDescriptor(dup(fd_.get()));

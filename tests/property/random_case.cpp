@@ -84,7 +84,7 @@ std::string any_piece(Dice& dice) {
   }
 }
 
-// Up to `most` of them.
+// Up to `most` pieces.
 std::vector<std::string> any_pieces(Dice& dice, std::size_t most) {
   std::vector<std::string> pieces(dice.below(most + 1));
   std::generate(pieces.begin(), pieces.end(), [&dice] { return any_piece(dice); });
@@ -151,7 +151,7 @@ RewriteCase long_random_case(Dice& dice, std::size_t size) {
   return with_any_job(dice, std::move(pieces));
 }
 
-// About half of the lines, in any order.
+// A stanza with about half of the lines below, in any order.
 std::string well_formed_stanza(Dice& dice) {
   constexpr std::string_view heads[] = {"/x {\n"sv, "  /a/*.log /b {\n"sv, "\"/a b\"{\n"sv, "# /x {\n/x\n/y\n\t{\n"sv};
   constexpr std::string_view lines[] = {

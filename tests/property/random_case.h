@@ -14,8 +14,8 @@ rc::Gen<RewriteCase> random_cases();
 /// The same with one to three pieces of up to 200000 bytes.
 rc::Gen<RewriteCase> long_random_cases();
 
-/// Files in which each stanza closes and has each managed directive at most once, with settings that the command line
-/// accepts. The anonymizer is kept or removed, never added.
+/// Files in which each stanza closes and has each managed directive at most once, with settings that a rewrite accepts.
+/// The anonymizer is kept or removed, never added.
 rc::Gen<RewriteCase> well_formed_cases();
 
 } // namespace tavek

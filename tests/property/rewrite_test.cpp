@@ -14,8 +14,8 @@
 namespace tavek {
 namespace {
 
-// Tries a property on one in `share` of the cases that the environment variable PROPERTY_RUNS asks for, by default
-// 100000. A failing run prints its seed N; RC_PARAMS="seed=N" repeats it.
+// Tries a property on PROPERTY_RUNS / `share` cases. The environment variable PROPERTY_RUNS is 100000 by default. A
+// failing run prints its seed N; RC_PARAMS="seed=N" repeats it.
 template <typename Property>
 void check_property(Property&& property, int share = 1) {
   const char* runs = std::getenv("PROPERTY_RUNS");
@@ -27,14 +27,14 @@ void check_property(Property&& property, int share = 1) {
   EXPECT_TRUE(result.template is<rc::detail::SuccessResult>()) << message.str() << "\nSeed " << params.seed;
 }
 
-TEST(Rewrite, EqualsThePlainRules) {
+TEST(Rewrite, GivesTheSameResultAsThePlainRules) {
   check_property([] {
     const auto rewrite = *random_cases();
     RC_ASSERT(production_rewrite(rewrite.text(), rewrite.job) == plain_rewrite(rewrite.text(), rewrite.job));
   });
 }
 
-TEST(Rewrite, EqualsThePlainRulesOnLongTokens) {
+TEST(Rewrite, GivesTheSameResultAsThePlainRulesForLongTokens) {
   check_property(
       [] {
         const auto rewrite = *long_random_cases();

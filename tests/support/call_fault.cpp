@@ -43,7 +43,7 @@ namespace {
 using tavek::Call;
 using tavek::CallFault;
 
-// The next definition after ours: the C library's, or that of a sanitizer, which calls the C library.
+// The next definition after ours: that of the C library, or that of a sanitizer, which in turn calls the C library.
 template <typename Function>
 Function* next(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
@@ -101,7 +101,8 @@ off_t lseek(int fd, off_t offset, int whence) noexcept {
   return CallFault::strikes(Call::lseek) ? -1 : lseek_next(fd, offset, whence);
 }
 
-// Under another name in C++, because clang-tidy wants a parameter named as in the header: `template`, a keyword.
+// The function has another name in C++ because clang-tidy requires the parameter names of the header, and there the
+// parameter is called `template`, which is a C++ keyword.
 int temporary_file(char* name, int flags) asm("mkostemp");
 
 int temporary_file(char* name, int flags) {
@@ -136,7 +137,8 @@ ssize_t write(int fd, const void* buf, size_t n) {
   return CallFault::strikes(Call::write) ? -1 : write_next(fd, buf, n);
 }
 
-// The linker turns a reference to NAME into __wrap_NAME, and __real_NAME into one to NAME.
+// The linker turns a reference to NAME into a reference to __wrap_NAME, and a reference to __real_NAME into a reference
+// to NAME.
 void* real_malloc(size_t size) asm("__real_malloc");
 void* real_calloc(size_t count, size_t size) asm("__real_calloc");
 void* real_realloc(void* block, size_t size) asm("__real_realloc");

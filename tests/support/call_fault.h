@@ -1,11 +1,11 @@
 #pragma once
 
-// Makes one call of the C library fail. Use it for an error of the system that no real file, mode or limit can cause
-// exactly when a test needs it.
+// Makes one call to the C library fail. Use it for a system error that a test cannot cause at the right moment with a
+// real file, mode or limit.
 //
 // The test program defines these functions itself, so a call from the code under test or from the C++ library arrives
-// here first and is passed on unless a fault strikes it. Only allocations are redirected by the linker instead, in the
-// linked objects alone: a definition of malloc would replace the allocator of the address sanitizer.
+// here first and is passed on unless a fault strikes it. Allocations are different: the linker redirects them, and only
+// in the linked objects, because a definition of malloc would replace the allocator of the address sanitizer.
 
 #include <functional>
 
@@ -14,17 +14,18 @@ namespace tavek {
 /// The functions that can fail; `allocation` stands for malloc, calloc, realloc and strdup.
 enum class Call { allocation, close, fchmod, fork, fstat, fsync, getdelim, lseek, mkostemp, open, read, remove, write };
 
-/// Strikes one call of a function: the next one, or the one with number `nth` from now on. Only one fault may exist at
-/// a time.
+/// Strikes one call to a function: the `nth` call after the construction of this object, by default the first. Only one
+/// fault may exist at a time.
 class CallFault {
 public:
-  /// The call fails with `error`. A failing close still closes, as the kernel's does. A failing allocation leaves errno
-  /// unchanged, so that a test sees whether the code sets it.
+  /// The call fails with `error`. A failing close still closes the descriptor, as it does in the kernel. A failing
+  /// allocation leaves errno unchanged, so that a test sees whether the code sets it.
   CallFault(Call call, int error, int nth = 1)
       : CallFault(
             call, [error] { return error; }, nth) {}
 
-  /// Runs `event` right before the call. The call fails with the error that `event` returns, or is made if that is 0.
+  /// Runs `event` right before the call. If `event` returns an error, the call fails with it; if `event` returns 0, the
+  /// call is made normally.
   CallFault(Call call, std::function<int()> event, int nth = 1);
   ~CallFault();
   CallFault(const CallFault&) = delete;
@@ -33,7 +34,7 @@ public:
   /// Whether the fault has struck.
   bool happened() const { return calls_ >= nth_; }
 
-  /// Called by the stand-ins: whether this call must fail. If so, errno is set.
+  /// Returns whether this call must fail; if so, errno is set. The replacement functions call this.
   static bool strikes(Call call);
 
 private:

@@ -8,7 +8,7 @@
 
 namespace tavek {
 
-/// While this exists, the runtime configuration is read from `path`, as in a process that has not loaded it yet.
+/// While this object exists, the runtime configuration is read from `path`, as in a process that has not loaded it yet.
 class ConfiguredFile {
 public:
   explicit ConfiguredFile(const std::string& path) : path_(path) {

@@ -22,19 +22,19 @@ inline std::string content_of(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// The permission bits of the file at `path`, links followed; 0 if there is none.
+/// The permission bits of the file at `path`, or 0 if there is no file. Links are followed.
 inline mode_t mode_of(const std::string& path) {
   struct stat status {};
   return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
-/// `text` with the six random characters in the name of a temporary file for `target` replaced by "??????".
+/// Returns `text` with "??????" in place of the six random characters in the name of a temporary file for `target`.
 inline std::string masked(std::string text, const std::string& target) {
   const std::size_t name = text.find(target + ".");
   return name == std::string::npos ? text : text.replace(name + target.size() + 1, 6, "??????");
 }
 
-/// A new, empty directory, removed at the end with everything in it.
+/// A new, empty directory. The destructor removes it with everything in it.
 class TemporaryDirectory {
 public:
   TemporaryDirectory() : path_(testing::TempDir() + "tavek.XXXXXX") {
@@ -51,10 +51,10 @@ public:
 
   const std::string& path() const { return path_; }
 
-  /// The path of that name in the directory; nothing need exist there.
+  /// The path of `name` in the directory. Nothing need exist there.
   std::string operator/(const std::string& name) const { return path_ + "/" + name; }
 
-  /// Writes a file, mode 0644 under the usual mask, and its missing parent directories. Returns its path.
+  /// Writes a file, with mode 0644 under the usual mask, and creates its missing parent directories. Returns its path.
   std::string write(const std::string& name, const std::string& content) const {
     std::filesystem::create_directories(std::filesystem::path(*this / name).parent_path());
     std::ofstream(*this / name, std::ios::binary) << content;

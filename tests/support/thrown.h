@@ -7,7 +7,8 @@
 
 namespace tavek {
 
-/// Runs `action` and returns the message of the Error that it throws, or "nothing thrown". Any other exception passes.
+/// Runs `action` and returns the message of the Error that it throws, or "nothing thrown". Does not catch any other
+/// exception.
 template <typename Error = std::exception, typename Action>
 std::string thrown_by(const Action& action) {
   try {
