@@ -13,7 +13,7 @@ READERS = 2
 
 
 class Readers:
-    """Threads that read the target repeatedly and keep every content they see."""
+    """Threads that read the target repeatedly and keep every version of it that they see."""
 
     def __init__(self):
         self.seen = set()
@@ -38,7 +38,7 @@ class Readers:
 
 
 def crowd(row, commands, runs, allowed):
-    """Runs each command this many times, all commands at once. Returns the readers."""
+    """Runs each command `runs` times; all commands run at the same time. Returns the readers."""
     def failures(arguments):
         results = [tool(*arguments) for _ in range(runs)]
         return [result for result in results if result.status != 0 or result.error]

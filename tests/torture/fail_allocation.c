@@ -1,6 +1,6 @@
 /* Preloaded into a program to make its allocations fail.
 
-   FAIL_ALLOCATION=N        the Nth allocation fails, counted from 1 after the shared libraries are initialised
+   FAIL_ALLOCATION=N        the Nth allocation after the initialisation of the shared libraries fails; N starts at 1
    FAIL_ALLOCATION=N+       the Nth allocation and all later ones fail
    COUNT_ALLOCATIONS=FILE   the number of allocations is written to FILE at exit */
 

@@ -26,14 +26,14 @@ def reset():
 
 
 def edited():
-    """How many of the files are NEW, or None if the others are not OLD or not the last ones."""
+    """Returns how many of the files are NEW. Returns None unless the NEW files come first and all others are OLD."""
     states = [get(path) for path in SYSTEM_FILES]
     count = states.count(AFTER)
     return count if states == [AFTER] * count + [BEFORE] * (len(states) - count) else None
 
 
 def wait_for_orphans():
-    """Waits for the children of a parent that has ended, which this process adopts."""
+    """After the parent has ended, this process has adopted its children. Waits for them."""
     try:
         while True:
             os.wait()
@@ -50,7 +50,8 @@ def parent_sweep(row):
     faults = 0
     for number, call in enumerate(calls[first:], first):
         children = sum(call.name.startswith(("clone", "fork", "vfork")) for call in calls[:number])
-        # strace does not execute a call that it fails: the pipe would stay open and its reader would wait forever.
+        # No error is injected at close: strace would not execute the call, so the pipe would stay open and its reader
+        # would wait forever.
         errors = errors_of(call) if call.name != "close" else []
         for fault in errors + signals_of(call, number):
             inject(row, fault, children)

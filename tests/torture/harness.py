@@ -1,4 +1,4 @@
-"""What tools/torture and tools/fault-sweep share: sandboxes with workers, and the count of what the workers report."""
+"""What the tools that cause faults share: sandboxes with workers, and the count of what the workers report."""
 
 import argparse
 import collections
@@ -17,7 +17,7 @@ CLONE_NEWNS = 0x20000
 
 
 class Sandbox:
-    """As a context manager, owns the scratch folder of a sandbox, in which INSIDE is a copy of this folder."""
+    """A context manager that owns the scratch folder of a sandbox. Inside it, INSIDE is a copy of tests/torture."""
 
     def __init__(self, program):
         self.program = os.path.abspath(program)
@@ -35,18 +35,18 @@ class Sandbox:
         shutil.rmtree(self.root)
 
     def path(self, inside):
-        """Where a path of the sandbox is on the machine."""
+        """Returns the path outside the sandbox of a path inside it."""
         return self.root / inside.lstrip("/")
 
     def command(self, *command):
         return [str(TOP / "tools" / "sandbox"), "--program", self.program, str(self.root), *command]
 
     def start(self, script, *arguments):
-        """Starts a Python script of this folder inside."""
+        """Starts a Python script of tests/torture in the sandbox."""
         return start(self.command("python3", f"{INSIDE}/{script}", *arguments))
 
     def tracing_problem(self):
-        """Why strace does not run inside, or an empty text."""
+        """Returns the reason why strace cannot run in the sandbox, or an empty string if it can."""
         if shutil.which("bwrap") is None:
             return "bwrap is not installed"
         result = subprocess.run(self.command("strace", "-q", "-o", "/dev/null", "true"),
@@ -55,7 +55,10 @@ class Sandbox:
 
 
 def enter_private_mount_namespace():
-    """From here on, mounts of this process and its children concern no other process. Returns what prevents it."""
+    """After this call, mounts made by this process and its children are invisible to all other processes.
+
+    Returns an empty string, or the reason if this is not possible.
+    """
     if os.geteuid() != 0:
         return "not run by root"
     libc = ctypes.CDLL(None, use_errno=True)
@@ -71,7 +74,7 @@ def start(command):
 
 
 class Tally:
-    """Counts the lines that workers print: "passed COUNT NAME", "FAILED ..." and "SKIPPED ..."; prints the others."""
+    """Counts the lines "passed COUNT NAME", "FAILED ..." and "SKIPPED ..."; prints all but the first kind."""
 
     def __init__(self):
         self.passed = collections.Counter()
@@ -110,7 +113,7 @@ def argument_parser(description):
 
 
 def main(parser, work):
-    """Runs `work`, which adds to a tally, and returns the exit status. Asked for help, does nothing else."""
+    """Runs `work`, which adds to a tally, and returns the exit status. For --help, only prints the help and exits."""
     options = parser.parse_args()
     subprocess.run([TOP / "tools" / "install-packages", "tests"], check=True)
     tally = Tally()

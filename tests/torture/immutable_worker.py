@@ -1,4 +1,4 @@
-"""Runs the tool on immutable files. Only root of the machine can make one, so this worker is outside the sandbox.
+"""Runs the tool on immutable files, outside the sandbox: only the machine's root user can make a file immutable.
 
 The files are on an ext4 image that is mounted only for this process and its children. Arguments: the program, words.
 """

@@ -21,7 +21,8 @@ DAILY = ("example.com", "on", "by_time", "daily", "5", "true")
 APACHE = ("--apache-logs", "--period-type=by_time", "--period=weekly", "--rot-count=3")
 SYSTEM = ("--system-logs", *APACHE[1:])
 
-# The signals that end a process by default and that no error in a program raises, except KILL.
+# The named signals that end a process by default, except KILL, PIPE, XFSZ and the signals that an error in a program
+# raises.
 NAMED_SIGNALS = [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGUSR1, signal.SIGUSR2, signal.SIGALRM,
                  signal.SIGTERM, signal.SIGSTKFLT, signal.SIGXCPU, signal.SIGVTALRM, signal.SIGPROF, signal.SIGIO,
                  signal.SIGPWR]
@@ -33,7 +34,7 @@ Call = collections.namedtuple("Call", "name ordinal text")  # The ordinal counts
 
 
 def stanzas(count, period="weekly", rotate=9, compress="nocompress"):
-    """A file in which DAILY changes these three directives of every stanza and nothing else."""
+    """A file in which a run with the arguments DAILY changes only these three directives of every stanza."""
     lines = ["/var/www/vhosts/system/example.com/logs/log%06d {", f"\t{period}", f"\trotate {rotate}", f"\t{compress}",
              "\tmissingok", "\tcopytruncate", "}", ""]
     text = "\n".join(lines)
@@ -48,7 +49,7 @@ UNCLOSED = b"}\n/var/log/unclosed {\n" + b"\tcreate 0640 root adm\n" * 6000
 
 
 def set_up_process():
-    """Restores the default actions of signals, because a background shell ignores some. Prevents core dumps.
+    """Restores the default actions of signals, which a shell changes for background jobs, and prevents core dumps.
 
     A limit of 1 also prevents dumps into a pipe, which a limit of 0 does not.
     """
@@ -149,7 +150,10 @@ def is_one_line(error, pattern=r"\S"):
 
 
 def processor_seconds(function):
-    """The result of the function and the processor time of the processes it ran, which other load does not change."""
+    """Returns the result of the function and the processor time of the processes that it ran.
+
+    Unlike elapsed time, processor time does not depend on other load.
+    """
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
     result = function()
     after = resource.getrusage(resource.RUSAGE_CHILDREN)

@@ -1,4 +1,4 @@
-"""Failing allocations: each one in turn, alone and with all later ones."""
+"""Failing allocations: each allocation fails in turn, first alone and then together with all later ones."""
 
 import itertools
 import os
@@ -17,7 +17,7 @@ RUN = (*DAILY, "-K")
 
 
 class Sweep:
-    """The runs of one command line, from one state of its target."""
+    """All runs of one command line that start from the same state of the target."""
 
     def __init__(self, row, arguments, before, target=TARGET, failures=(1, 2)):
         self.row, self.arguments, self.before, self.target, self.failures = row, arguments, before, target, failures

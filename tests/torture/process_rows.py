@@ -1,4 +1,4 @@
-"""The streams, file-creation mask and signals that a caller gives to a run, and the order of the run's system calls."""
+"""The streams, file-creation mask and signals that a run gets from its caller, and the order of its system calls."""
 
 import itertools
 import os
@@ -20,7 +20,7 @@ CREATING_RUNS = [(DAILY, OLD), (DAILY, None), (KEEP, OLD), (KEEP, None), (CATEGO
 
 @row("closed standard streams")
 def closed_streams(row):
-    """No message may be written into a file that got the number of a closed stream."""
+    """No message may be written to a file whose descriptor has the number of a closed stream."""
     for closed in CLOSED:
         reset()
         result = shell(f'exec prlimit --fsize=100 "$0" "$@" {closed}', *DAILY)
@@ -50,7 +50,7 @@ def closed_pipe(row):
 
 @row("the file-creation mask")
 def creation_mask(row):
-    """At no time may other users be able to write to a file that the run creates."""
+    """Other users must never be able to write to a file that the run creates."""
     for mask, (arguments, before) in itertools.product((0, 0o22, 0o77, 0o777), CREATING_RUNS):
         reset(before)
         result = traced([TOOL, *arguments], "-e", "trace=openat,umask", umask=mask)
@@ -90,7 +90,7 @@ def check_order(row, calls):
 
 @row("a signal to the first process of a container")
 def first_process(row):
-    """The kernel does not kill this process by a signal with the default action, so the run must report failure."""
+    """A signal with the default action does not kill this process, so the run must report failure."""
     for number, call in itertools.product(NAMED_SIGNALS, ("fchmod", "fsync", "rt_sigpending", "rename")):
         reset()
         injection = f"inject={call}:signal={signal_name(number)}:when=1"
@@ -104,7 +104,7 @@ def first_process(row):
 
 @row("signals at random times")
 def random_signals(row):
-    """Without strace, because the kernel keeps signals of a traced process that it would otherwise discard."""
+    """strace is not used here: if a process is traced, the kernel keeps signals that it would otherwise discard."""
     dice = random.Random(1)
     runs = [(dice.choice(ENDING_SIGNALS), number % 3 == 0, dice.uniform(0, 0.006)) for number in range(600)]
     new = sum(signalled_run(row, *run) for run in runs)
@@ -120,7 +120,7 @@ def inherited_alarm(row):
 
 
 def signalled_run(row, number, ignored, delay, alarm=False):
-    """One run that gets the signal after a delay, from an alarm set before its exec or from this process."""
+    """Makes one run that receives the signal after a delay: from an alarm set before its exec, or from this process."""
     def prepare():
         signal.signal(number, signal.SIG_IGN if ignored else signal.SIG_DFL)
         signal.setitimer(signal.ITIMER_REAL, delay if alarm else 0)

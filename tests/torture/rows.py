@@ -1,4 +1,4 @@
-"""The rows of the torture: named functions that cause a fault, run the tool and check the result."""
+"""The rows of tools/torture: named functions, each of which causes a fault, runs the tool and checks the result."""
 
 import time
 import traceback
@@ -7,7 +7,7 @@ ROWS = []
 
 
 class Skip(Exception):
-    """Raised by a row that cannot run on this machine, with the reason."""
+    """Raised, with the reason, by a row that cannot run on this machine."""
 
 
 class Row:

@@ -6,8 +6,8 @@ import signal
 
 from lab import NAMED_SIGNALS, REAL_TIME_SIGNALS, calls_of, signal_name
 
-# What a full, broken or locked file system, a quota, a limit or a missing permission returns. An error that could not
-# occur, such as a status query that does not find an existing file, is not a fault.
+# The errors that a full, broken or locked file system, a quota, a limit or a missing permission can cause. An error
+# that could not occur, such as stat() failing to find an existing file, is not a fault.
 ERRORS = {
     "brk": ["retval=0"],  # If the kernel refuses, brk returns the old end and no error.
     "clone": ["error=EAGAIN", "error=ENOMEM"],
@@ -46,7 +46,7 @@ def errors_of(call):
 
 
 def signals_of(call, number):
-    """KILL, every other named signal and two real-time signals, which depend on the number of the call in its run."""
+    """KILL, every other named signal and two real-time signals. The number of the call in its run selects the two."""
     real_time = [REAL_TIME_SIGNALS[i % len(REAL_TIME_SIGNALS)] for i in (2 * number, 2 * number + 1)]
     return [Fault(call.name, f"signal={signal_name(one)}", str(call.ordinal), one, False, False)
             for one in [signal.SIGKILL, *NAMED_SIGNALS, *real_time]]
@@ -59,7 +59,8 @@ def injection_of(fault):
 def lasting(fault, result):
     """The same fault at all later calls too, or None if the run with the single fault had no later call.
 
-    The message of that run is still written, so the fault ends before it. Interruptions end after ten calls.
+    The run must still be able to write its message, so the repeated fault ends before that call. A repeated EINTR ends
+    after ten calls.
     """
     first = int(fault.when)
     calls = [call for call in calls_of(result.trace) if call.name == fault.name and call.ordinal > first]

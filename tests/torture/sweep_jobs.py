@@ -15,7 +15,7 @@ CATEGORY = [*APACHE, "--anonymize-ip=true"]
 class Job:
     """A command line and the content of its target before the run.
 
-    `caller` is "ignore" or "block" if the caller does this with all signals.
+    `caller` is "ignore" if the caller ignores all signals, "block" if it blocks them, and otherwise None.
     """
 
     def __init__(self, name, target, before, arguments, caller=None):

@@ -10,7 +10,7 @@ MEBI = 1 << 20
 HEAD = b"/var/log/huge {\n"
 CLOSED = b"\tdaily\n\trotate 5\n\tcompress\n\tmissingok\n\tcopytruncate\n}\n"
 
-# Each makes a file content of about this size in bytes.
+# Each function returns file contents of about `size` bytes.
 SHAPES = {
     "one line outside stanzas": lambda size: b"x" * size,
     "one comment": lambda size: b"#" + b"x" * size,
@@ -60,7 +60,7 @@ def one_run(data):
 
 
 def register(name, shape):
-    @row(f"16 MiB of {name}")
+    @row(f"16 MiB: {name}")
     def linear_time(row):
         small, large = seconds_of(shape(4 * MEBI)), seconds_of(shape(16 * MEBI))
         row.check(large < MOST * small + 0.05, f"{GROWTH} times the size takes {large / small:.1f} times as long")

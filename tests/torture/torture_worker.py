@@ -1,4 +1,4 @@
-"""Runs the rows inside the sandbox. Arguments: words; if there are any, only rows whose names contain one of them."""
+"""Runs the rows inside the sandbox. With words as arguments, runs only the rows whose names contain one of them."""
 
 import sys
 
