@@ -1,4 +1,4 @@
-# Program_options is a compiled library; Process (version 1 interface) is headers only.
+# Program_options is a compiled library; Process (version 1 interface) is a header-only library.
 if(TAVEK_STATIC)
   set(Boost_USE_STATIC_LIBS ON)
 endif()

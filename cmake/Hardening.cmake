@@ -1,4 +1,4 @@
-# The flags of a release: the program runs as root, so a memory error must end it rather than be of use to anybody.
+# The flags of a release: the program runs as root, so a memory error must end it rather than be of use to an attacker.
 add_library(tavek_hardening INTERFACE)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
@@ -10,8 +10,8 @@ if(TAVEK_HARDEN)
     -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,separate-code -Wl,--gc-sections)
 endif()
 
-# A static program starts in a third of the time: nothing is looked up or relocated by name at each of the
-# thousands of short runs that the panel makes. It stays position-independent.
+# A static program starts in a third of the time: nothing is looked up or relocated by name in each of the thousands of
+# short runs that the panel makes. It stays position-independent.
 add_library(tavek_linkage INTERFACE)
 if(TAVEK_STATIC)
   target_link_options(tavek_linkage INTERFACE -static-pie)

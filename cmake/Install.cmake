@@ -1,8 +1,8 @@
-# The program goes where the panel looks for its administrative tools, whatever the prefix; what people and shells read
-# goes below the prefix.
+# Whatever the prefix is, the program is installed where the panel looks for its administrative tools. The manual pages
+# and the completions are installed below the prefix.
 include(GNUInstallDirs)
 set(TAVEK_ZSH_COMPLETIONS "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CACHE STRING
-  "Where zsh looks for completion functions; a distribution has a place of its own for packages")
+  "Where zsh looks for completion functions; distributions use a separate folder for packages")
 
 install(TARGETS tavek-logrotate RUNTIME DESTINATION /opt/oru/admin/sbin)
 # The command in PATH starts the program by a path with a slash. Started by a bare name, --system-logs would first look

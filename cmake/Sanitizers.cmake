@@ -1,4 +1,4 @@
-# Sanitizers and coverage change code and link line alike, in every target.
+# Sanitizers and coverage change both the compile options and the link options of every target.
 if(TAVEK_SANITIZERS)
   add_compile_options(-fsanitize=${TAVEK_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${TAVEK_SANITIZERS})

@@ -1,8 +1,8 @@
-# What makes a static program quicker to start, where the linker can do it.
+# A link option that makes a static program start faster, if the linker supports it.
 include(CheckCXXSourceRuns)
 
-# The relocations of a position-independent program in a form that is a thirtieth of the size. A linker may only warn of an
-# option that it does not know, so a program linked with it has to run.
+# The option packs the relocations of a position-independent program into a thirtieth of their size. A linker that does
+# not know the option may only print a warning, so the check links a program with it and runs the program.
 set(packed -Wl,-z,pack-relative-relocs)
 set(CMAKE_REQUIRED_LINK_OPTIONS -static-pie -Wl,--fatal-warnings ${packed})
 check_cxx_source_runs("static int zero; static int* volatile at = &zero; int main() { return *at; }"

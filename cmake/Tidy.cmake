@@ -2,7 +2,7 @@ if(TAVEK_TIDY)
   find_program(CLANG_TIDY NAMES clang-tidy-14 clang-tidy REQUIRED)
 endif()
 
-# Lets clang-tidy read every file of a target of ours.
+# Runs clang-tidy on every file of one of our targets.
 function(tavek_tidy target)
   if(TAVEK_TIDY)
     set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${CLANG_TIDY};--quiet")

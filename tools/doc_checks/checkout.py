@@ -1,4 +1,4 @@
-"""Checks commands for the top of the source tree: building, testing, packaging. They are not run."""
+"""Checks, without running them, the commands meant for the top of the source tree: building, testing, packaging."""
 
 import json
 import os
@@ -32,7 +32,7 @@ def presets():
 
 
 def problems_of(text):
-    """Returns a problem for each program or preset of a command that does not exist."""
+    """Returns a problem for each program or preset that a command names but that does not exist."""
     problems = []
     for part in re.split(r"&&|\|\||;|\|", text):
         words = shlex.split(part, comments=True)

@@ -6,11 +6,11 @@ The fence of a Markdown block gives its kind:
     ```console          commands after "# " or "$ ", continued after "> ", each followed by its exact output; they run
                         in one shell, and each must end with status 0
     ```console fails    the same, but each must fail
-    ```sh checkout      commands for the top of the source tree, not run
+    ```sh checkout      commands to be run at the top of the source tree; the tests do not run them
     ```other or ```     not commands
 
-A comment that starts with "<!-- before" contains a script that prepares the following blocks. In a manual page the
-literal displays are consoles, and comments '.\\"! ...' are such scripts.
+A comment that starts with "<!-- before" contains a script that prepares the following blocks. In a manual page,
+each literal display is a console, and each comment '.\\"! ...' is such a script.
 """
 
 import re
@@ -18,7 +18,7 @@ from dataclasses import dataclass, field
 
 FENCE = re.compile(r"^(?P<indent> *)```(?P<words>[^`]*)$")
 KINDS = {("sh",): "script", ("console",): "console", ("console", "fails"): "failing console", ("sh", "checkout"): "checkout"}
-# Fences with these words but another kind are errors: their commands would not be tested.
+# A fence that starts with one of these words but is of no known kind is an error: its commands would not be tested.
 SHELLS = {"sh", "bash", "shell", "zsh", "console", "shell-session", "shellsession"}
 
 

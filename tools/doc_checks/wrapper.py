@@ -1,7 +1,7 @@
 """Checks that the installed command does not run a program from the current directory.
 
-Started by a bare name, the program itself does: --system-logs looks for the program there first, once per category.
-That must fail here too, or the check proves nothing.
+The program itself, if it is started by a bare name, looks there first: --system-logs then starts what it finds there
+once per category. The second check confirms that; otherwise the first one would prove nothing.
 """
 
 PLANT = "cd /tmp && printf '#!/bin/sh\\necho planted\\n' >tavek-logrotate && chmod 755 tavek-logrotate\n"
@@ -12,7 +12,7 @@ CHECKS = [
 
 
 def checks(world):
-    """(name, problems) of everything that is compared."""
+    """Yields the name and the problems of each check."""
     for name, setting, expected in CHECKS:
         status, printed = world.shell("-eu", PLANT + setting + "tavek-logrotate --system-logs\n")
         yield f"wrapper: {name}", [] if (status, printed) == (0, expected) else [f"exit status {status}: {printed!r}"]
