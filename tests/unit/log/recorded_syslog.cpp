@@ -46,6 +46,20 @@ void syslog(int level, const char* format, ...) {
 void vsyslog(int level, const char* format, va_list args) {
   note_message("vsyslog", level, format, args);
 }
+
+// With _FORTIFY_SOURCE the C library's header calls these instead. The flag has no effect on the message.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+void __syslog_chk(int level, int, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  note_message("syslog", level, format, args);
+  va_end(args);
+}
+
+void __vsyslog_chk(int level, int, const char* format, va_list args) {
+  note_message("vsyslog", level, format, args);
+}
+// NOLINTEND(bugprone-reserved-identifier)
 }
 
 namespace tavek::test {
