@@ -5,6 +5,8 @@ set(TAVEK_ZSH_COMPLETIONS "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CACHE ST
   "Where zsh looks for completion functions; distributions use a separate folder for packages")
 
 install(TARGETS tavek-logrotate RUNTIME DESTINATION /opt/oru/admin/sbin)
+# The program creates the hosts' files but not their directory.
+install(DIRECTORY DESTINATION /opt/oru/etc/logrotate.d)
 # The command in PATH starts the program by a path with a slash. Started by a bare name, --system-logs would first look
 # for the program in the current directory.
 install(PROGRAMS wrapper/tavek-logrotate DESTINATION "${CMAKE_INSTALL_SBINDIR}")
