@@ -1,4 +1,4 @@
-# The flags of a release: the program runs as root, so a memory error must end it rather than be of use to anybody.
+# The flags of a release: the program runs as root, so a memory error must end it, not help an attacker.
 add_library(tavek_hardening INTERFACE)
 include(CheckCXXCompilerFlag)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)

@@ -35,7 +35,7 @@ private:
 };
 
 // Joins like std::filesystem::path: an absolute name replaces the directory. A path object re-parses itself on every
-// operation, which would take a tenth of a run.
+// operation, which would take a tenth of the time of a run.
 std::string join(std::string directory, std::string_view name) {
   if (name.starts_with('/')) {
     return std::string(name);

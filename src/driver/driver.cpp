@@ -52,8 +52,8 @@ void run_rewrite(const RewriteJob& job) {
   rewrite(job, replacement);
   replacement.complete();
   if (hold.termination_pending()) {
-    // The pending signal is delivered when `hold` is destroyed and ends the process. So this message is printed only by
-    // process 1 of a container, which these signals do not kill.
+    // When `hold` is destroyed, the pending signal is delivered and ends the process. So this message is printed only
+    // by process 1 of a container, which these signals do not kill.
     throw std::runtime_error("Terminated by a signal");
   }
   replacement.rename_over_target();

@@ -21,7 +21,7 @@ void refuse_special_file(const std::string& path, const struct stat& status);
 void refuse_irreplaceable(const std::string& path);
 
 /// Creates an empty file, mode 0644 under the umask 022, if there is none. Ignores failures: reading or replacing the
-/// file reports what is wrong, and neither needs the permission to write to it.
+/// file reports what is wrong, and neither needs permission to write to it.
 void create_if_missing(const std::string& path);
 
 } // namespace tavek

@@ -55,8 +55,8 @@ struct LogState {
 LogState& log_state();
 
 /// Configures the facility. With a `destination`, which is borrowed and must remain valid, reports go to the console
-/// sink. With a null destination they go to syslog under `ident`, or under the program's short invocation name if that
-/// is null too; LOG_PID is always on. With kLogTraced in `options` the trace id is read from TAVEK_LOG_TRACE_ID, or
+/// sink. With a null destination they go to syslog under `ident` or, if that is null, under the program's short
+/// invocation name; LOG_PID is always on. With kLogTraced in `options` the trace id is read from TAVEK_LOG_TRACE_ID, or
 /// created and stored there so that child processes share it. Finally calls log_set_level(level). May be called again.
 void log_init(const char* destination, int level, int facility, int options, const char* ident);
 

@@ -48,8 +48,8 @@ __attribute__((format(printf, 2, 0))) void format_message(MessageBuffer& buffer,
   va_end(again);
 }
 
-// Appends the system error if it fits into the block. Otherwise it is omitted: the message itself is complete, and the
-// reader needs that most.
+// Appends the system error if it fits into the block. Otherwise it is omitted: the message itself is complete, and it
+// is what the reader needs most.
 void append_system_error(MessageBuffer& buffer, int error) {
   const std::size_t length = strlen(buffer.text);
   const std::size_t space = buffer.size - length;

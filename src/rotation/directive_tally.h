@@ -7,7 +7,7 @@
 namespace tavek {
 
 /// Counters over all stanzas, never reset between them. Each stanza should have exactly one directive of each kind, so
-/// a stanza lacks a directive when the counter for that directive is lower than `stanzas`.
+/// a stanza is taken to lack a directive when the counter for that directive is lower than `stanzas`.
 struct DirectiveTally {
   int stanzas = 0;                   ///< Stanza heads seen.
   int periods = 0;                   ///< Periods written or passed through.

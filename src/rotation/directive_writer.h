@@ -26,8 +26,8 @@ public:
   void begin_stanza(std::string_view head);
 
   /// Writes a period: "size=VALUE" for the type "by_size", the value alone for "by_time", or `pass_through` unchanged
-  /// for an empty type. Does nothing if the value is not empty and the last period of the stanza was written for the
-  /// same value. If the type is any other, throws std::runtime_error and writes nothing.
+  /// for an empty type. Does nothing if the last period of the stanza was written for the same value, unless that
+  /// value is empty. For any other type, throws std::runtime_error and writes nothing.
   void write_period(const std::string& type, const std::string& value, std::string_view pass_through);
 
   /// Writes a rotation count, or `pass_through` unchanged if the count is negative.
@@ -36,7 +36,7 @@ public:
   /// Writes "compress" or "nocompress".
   void write_compress(bool compress);
 
-  /// Writes "mail" with the address, then "mailfirst". Writes nothing for an empty address, but counts it.
+  /// Writes "mail" with the address, then "mailfirst". An empty address is counted too, but nothing is written for it.
   void write_mail(const std::string& address);
 
   void write_missingok();

@@ -49,7 +49,7 @@ void write_stanza(const RotationSettings& settings, const LogFamily& family, Dir
 
 void write_default_file(const RotationSettings& settings, DirectiveWriter& writer) {
   writer.copy(kHeader);
-  // Without this logrotate refuses a log that has a second hard link.
+  // Without this, logrotate refuses a log that has a second hard link.
   writer.copy("\nallowhardlink\n");
   for (const LogFamily& family : kLogFamilies) {
     write_stanza(settings, family, writer);

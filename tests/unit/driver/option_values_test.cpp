@@ -52,7 +52,7 @@ TEST(FillGivenSettings, FillsOnlyPeriodTypeAndPeriodAndCount) {
   EXPECT_EQ(settings.email, "");
 }
 
-// The count has a default, so there always is one.
+// The count has a default, so there is always one.
 TEST(FillGivenSettings, LeavesAPeriodThatIsNotGivenUnchanged) {
   RotationSettings settings;
   settings.period_type = "before";

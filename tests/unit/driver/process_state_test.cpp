@@ -176,7 +176,7 @@ TEST(TerminationHold, ReportsAPendingTerminationSignal) {
   }
 }
 
-// A blocked signal is pending even if it is ignored, but it will not end the process.
+// A signal that is both blocked and ignored can be pending, but it will not end the process.
 TEST(TerminationHold, ReportsNoIgnoredSignal) {
   for (const int signal : termination_signals()) {
     const Disposition ignored(signal, SIG_IGN);
@@ -208,7 +208,7 @@ TEST(TerminationHold, LeavesASignalBlockedByTheCallerPending) {
   sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
 }
 
-// Fills the stack with ones, so that a signal set which the next function does not clear contains every signal.
+// Fills the stack with ones. A signal set that the next function forgets to clear then contains every signal.
 void fill_stack() {
   volatile unsigned char filler[4096];
   for (volatile unsigned char& byte : filler) {

@@ -44,7 +44,7 @@ TEST_F(DirectorySyncTest, OpensTheWorkingDirectoryForANameWithoutASlash) {
   EXPECT_EQ(descriptor_flags(std::filesystem::current_path()), FD_CLOEXEC);
 }
 
-TEST_F(DirectorySyncTest, ReportsAnErrorThatMayLoseTheChange) {
+TEST_F(DirectorySyncTest, ReportsAnErrorAfterWhichTheChangeMayBeLost) {
   for (const int error : {EIO, ENOSPC, EDQUOT, EINTR, ENOMEM}) {
     EXPECT_EQ(failure(error), path + " is removed, but this may not survive a power loss: " + strerror(error));
   }
@@ -56,7 +56,7 @@ TEST_F(DirectorySyncTest, AcceptsAFileSystemThatDoesNotSyncDirectories) {
   }
 }
 
-// The caller's own operation reports these errors, or there is nothing that can be synced.
+// The caller's own operation reports these errors, or there is nothing to sync.
 TEST_F(DirectorySyncTest, AcceptsADirectoryThatCannotBeReadOrDoesNotExist) {
   for (const int error : {EACCES, ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG}) {
     const CallFault no_directory(Call::open, error);

@@ -155,7 +155,7 @@ TEST_F(OutputStreamTest, RemembersAFailedRestart) {
   EXPECT_EQ(stream.error(), EIO);
 }
 
-// A pipe can be neither truncated nor rewound; truncating it is the first failure.
+// A pipe can be neither truncated nor rewound. Truncating is tried first, so its error is remembered.
 TEST_F(OutputStreamTest, RemembersThatTheFileCannotBeTruncated) {
   int ends[2];
   ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);

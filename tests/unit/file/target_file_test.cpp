@@ -92,7 +92,7 @@ TEST_F(TargetFile, IsUnchangedIfItExists) {
   EXPECT_EQ(mode_of(path), 0600U);
 }
 
-// Reading or replacing the file reports what is wrong, and neither needs the permission to write to it.
+// Reading or replacing the file reports what is wrong, and neither needs permission to write to it.
 TEST_F(TargetFile, IsLeftAloneIfItCannotBeCreatedOrWritten) {
   create_if_missing(directory / "missing/target");
   create_if_missing(directory.path());

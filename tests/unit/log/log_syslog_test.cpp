@@ -24,7 +24,7 @@ TEST_F(LogSyslog, IsOpenedWithIdentityAndOptionsAndFacilityAndMask) {
   EXPECT_EQ(log_state().log_vhook, log_vsyslog);
 }
 
-TEST_F(LogSyslog, IsUsedAgainAfterADestination) {
+TEST_F(LogSyslog, IsUsedAgainOnceThereIsNoDestination) {
   log_init("stderr", 5, 16, 0, nullptr);
   log_init(nullptr, 5, 16, 0, "tool");
   EXPECT_EQ(calls_of_report(3, "report"), Calls{"vsyslog(3, %s!, report!)"});

@@ -232,7 +232,7 @@ TEST_F(RewriteContextTest, NeedsNoSecondPassAfterAClosedStanza) {
   EXPECT_EQ(written(), kHead);
 }
 
-TEST_F(RewriteContextTest, InASecondPassWritesAfterEachHeadTheDirectivesThatTheFirstPassNeverWrote) {
+TEST_F(RewriteContextTest, AddsDirectivesAfterEachHeadInASecondPassIfTheFirstNeverWroteThem) {
   context.stanza_head("/a {\n");
   EXPECT_TRUE(context.end_of_input());
   output.stream().restart();

@@ -51,7 +51,7 @@ TEST_F(RotationScannerTest, ReportsEveryConstructToTheContext) {
             "su x y\npostrotate\nendscript\n}\n");
 }
 
-TEST_F(RotationScannerTest, CopiesAManagedLineThatEndsWithTheInput) {
+TEST_F(RotationScannerTest, CopiesAManagedLineWithoutANewlineAtTheEndOfTheInput) {
   for (const std::string text : {"/a {\ndaily", "/a {\nrotate 5", "/a {\nmail x", "/a {\npostrotate\n/",
                                  "/a {\npostrotate\n/x/anonymize_ip a"}) {
     EXPECT_EQ(scanned({text}), text);

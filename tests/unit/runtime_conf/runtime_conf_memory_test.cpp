@@ -125,7 +125,7 @@ TEST_F(RuntimeConfFileMemory, OpensNoFileIfTheArrayCannotBeAllocated) {
 
 TEST_F(RuntimeConfFileMemory, StopsReadingAtALineThatCannotBeStored) {
   const std::string path = folder.write("oru.conf", "A 1\nB 2\nC 3\n");
-  const CallFault value_of_b(Call::allocation, ENOMEM, 5); // After the array, both texts of A and the name of B.
+  const CallFault value_of_b(Call::allocation, ENOMEM, 5); // The first four: the array, both texts of A, B's name.
   expect_failure(runtime_conf_read_file(path.c_str(), store), cannot_copy());
   EXPECT_EQ(entries(), std::vector<std::string>{"A=1"});
 }
