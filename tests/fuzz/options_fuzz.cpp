@@ -1,5 +1,6 @@
-// Parses a command line. Fills settings from it in both ways and compares the results with a plain model. An input is a
-// command line, one argument per line. It is either accepted or rejected with an exception.
+// Parses a command line. Fills settings from it with fill_settings() and with fill_given_settings(), and compares the
+// results with a plain model. An input is a command line, one argument per line. It is either accepted or rejected with
+// an exception.
 
 #include <algorithm>
 #include <cerrno>

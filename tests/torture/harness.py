@@ -1,4 +1,4 @@
-"""What the tools that cause faults share: sandboxes with workers, and the count of what the workers report."""
+"""Common code of the tools that cause faults: it runs workers in sandboxes and counts the results they report."""
 
 import argparse
 import collections

@@ -1,6 +1,7 @@
 """Runs the tool on immutable files, outside the sandbox: only the machine's root user can make a file immutable.
 
-The files are on an ext4 image that is mounted only for this process and its children. Arguments: the program, words.
+The files are on an ext4 image that is mounted only for this process and its children. Arguments: the program, and the
+words that select rows.
 """
 
 import contextlib

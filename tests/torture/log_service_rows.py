@@ -1,4 +1,4 @@
-"""The real logrotate beside the tool."""
+"""Runs of the real logrotate while the tool rewrites the files of hosts."""
 
 import os
 import shutil
@@ -50,7 +50,7 @@ def log_of(name):
 
 
 def rotate_once(text):
-    """Gives every log this content and rotates all. Returns the failed result, if any, and the logs not rotated."""
+    """Gives every log this content and rotates them all. Returns the result, if it failed, and the unrotated logs."""
     for name in NAMES:
         put(log_of(name), text)
     result = run(ROTATE)

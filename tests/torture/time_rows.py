@@ -4,7 +4,7 @@ from lab import DAILY, TARGET, beside, get, processor_seconds, reset, stanzas, t
 from rows import row
 
 GROWTH = 4
-MOST = 2 * GROWTH  # Quadratic time would be 16 times as long.
+MOST = 2 * GROWTH  # If the time grew quadratically, it would be 16 times as long.
 MEBI = 1 << 20
 
 HEAD = b"/var/log/huge {\n"

@@ -1,4 +1,4 @@
-"""Prints what bash makes of a command line: complete_bash.py FOLDER KEY LINE
+"""Prints a command line as bash completes it: complete_bash.py FOLDER KEY LINE
 
 FOLDER/completions contains the completion file, which bash-completion loads by its name. An interactive shell on a
 pseudo-terminal receives the line and the key: "tab" completes the word, "all" inserts all completions. Prints the line.

@@ -87,7 +87,7 @@ SAID = {
             ("example.com on by_size ", "size, such as 10M")],
     "fish": [("--rot-co", "Copies with a higher number are deleted, without this option all")],
 }
-# What follows the program's name, and the line that bash makes of it.
+# What follows the program's name, and the completed line in bash.
 BASH_LINES = [
     ("shop", "shop.museum "),
     ("'shop", "'shop.museum' "),
@@ -132,7 +132,7 @@ class Bash(Shell):
         return self.machine.run(*self.command, key, line)[1].removesuffix("\n")
 
     def complete(self, line):
-        """Readline puts all completions in the place of the last word."""
+        """Readline replaces the last word with all completions."""
         made = self.line("all", line)
         kept = line[:max(line.rfind(mark) for mark in " =") + 1]
         if not made.startswith(kept):

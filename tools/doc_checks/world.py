@@ -12,7 +12,8 @@ SECONDS = 300
 # /usr is the machine's and read-only, so folders of the sandbox cover the two that the installation writes to.
 COVERS = {"/opt/covers/sbin": "/usr/local/sbin", "/opt/covers/doc": "/usr/share/doc"}
 MOUNT = "".join(f"mount --bind {ours} {theirs} && " for ours, theirs in COVERS.items()) + 'exec "$@"'
-# Follows each command of a console. No document contains the record separator.
+# Runs after each command of a console. Puts the exit status between two record separators; no document contains that
+# character.
 PRINT_STATUS = "\nprintf '\\036%d\\036' $?\n"
 
 

@@ -1,7 +1,7 @@
 """Checks that the installed command does not run a program from the current directory.
 
-The program itself, if it is started by a bare name, looks there first: --system-logs then starts what it finds there
-once per category. The second check confirms that; otherwise the first one would prove nothing.
+If the program itself is started by a bare name, --system-logs first looks for that name in the current directory and
+runs what it finds there, once per category. The second check confirms this; otherwise the first would prove nothing.
 """
 
 PLANT = "cd /tmp && printf '#!/bin/sh\\necho planted\\n' >tavek-logrotate && chmod 755 tavek-logrotate\n"
