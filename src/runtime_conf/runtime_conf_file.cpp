@@ -40,7 +40,7 @@ char* skip_name(char* text) {
 }
 
 void expected_space(const char* line) {
-  // Also used if the line does not start with a name: in both cases the author must write a name and a space.
+  // This message also reports a line that does not start with a name, because the remedy is the same.
   log_state().log_hook(kQuietLevel, "Invalid variable definition %s\nExpected a space after variable name\n", line);
 }
 

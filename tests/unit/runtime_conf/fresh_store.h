@@ -10,7 +10,7 @@
 
 namespace tavek::test {
 
-/// An empty store. The destructor frees it in the same way as the loader. The address sanitizer reports a wrong free.
+/// An empty store. The destructor frees it as the loader would. The address sanitizer reports a wrong free.
 class FreshStore : public RecordedReports {
 protected:
   ~FreshStore() override { runtime_conf_free(store); }
