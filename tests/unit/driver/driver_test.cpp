@@ -74,6 +74,13 @@ TEST_F(Driver, ReplacesNothingIfATerminationSignalArrivesBeforeTheRename) {
   }
 }
 
+TEST_F(Driver, ReportsARemovalThatMayNotSurviveAPowerLoss) {
+  const CallFault fault(Call::fsync, EIO);
+  EXPECT_EQ(thrown_by([&] { run_tool({target, "off"}); }),
+            target + " is removed, but this may not survive a power loss: Input/output error");
+  EXPECT_FALSE(std::filesystem::exists(target));
+}
+
 TEST_F(Driver, SetsTheFileCreationMaskTo022) {
   const mode_t before = umask(0);
   run_tool({target, "keep"});
