@@ -1,4 +1,4 @@
-# Our own code compiles with these. The presets for development make a warning an error; a packager's newer compiler may
-# warn of more.
+# All our own code except the scanner's rules is compiled with these flags. A warning is an error in the presets for
+# development only: a packager's later compiler may warn of more.
 add_library(tavek_warnings INTERFACE)
 target_compile_options(tavek_warnings INTERFACE -Wall -Wextra -Wconversion -Wformat=2)
