@@ -76,7 +76,9 @@ TEST_F(Driver, ReplacesNothingIfATerminationSignalArrivesBeforeTheRename) {
 
 TEST_F(Driver, ReportsARemovalThatMayNotSurviveAPowerLoss) {
   const CallFault fault(Call::fsync, EIO);
-  EXPECT_EQ(thrown_by([&] { run_tool({target, "off"}); }),
+  EXPECT_EQ(thrown_by([&] {
+              run_tool({target, "off"});
+            }),
             target + " is removed, but this may not survive a power loss: Input/output error");
   EXPECT_FALSE(std::filesystem::exists(target));
 }
