@@ -90,18 +90,11 @@ std::string complaint_of(po::error_with_option_name& error) {
   return message;
 }
 
-bool has_percent_sign(const std::string& word) {
-  return word.find('%') != std::string::npos;
-}
-
 void store_words(const std::vector<std::string>& words, const po::options_description& options,
                  po::variables_map& map) {
   try {
     po::store(po::command_line_parser(words).options(options).positional(describe_positionals()).run(), map);
   } catch (po::error_with_option_name& error) {
-    if (std::none_of(words.begin(), words.end(), has_percent_sign)) {
-      throw;
-    }
     throw po::error(complaint_of(error));
   }
 }

@@ -59,8 +59,7 @@ TerminationHold::~TerminationHold() {
 }
 
 bool TerminationHold::termination_pending() const {
-  sigset_t pending;
-  sigemptyset(&pending);
+  sigset_t pending{};
   sigpending(&pending);
   const sigset_t ending = termination_signals();
   for (int signal = 1; signal <= SIGRTMAX; ++signal) {
