@@ -9,9 +9,8 @@ import tempfile
 TOP = pathlib.Path(__file__).resolve().parent.parent.parent
 PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 SECONDS = 300
-# /usr is the machine's and read-only, so folders of the sandbox cover the two that the installation writes to.
-COVERS = {"/opt/covers/sbin": "/usr/local/sbin", "/opt/covers/doc": "/usr/share/doc"}
-MOUNT = "".join(f"mount --bind {ours} {theirs} && " for ours, theirs in COVERS.items()) + 'exec "$@"'
+# In the sandbox /usr is that of the machine and read-only, so a folder with the installed documents is mounted over theirs.
+MOUNT = 'mount --bind /opt/doc /usr/share/doc && exec "$@"'
 # Runs after each command of a console. Puts the exit status between two record separators; no document contains that
 # character.
 PRINT_STATUS = "\nprintf '\\036%d\\036' $?\n"
@@ -24,11 +23,7 @@ class World:
         self.root.chmod(0o755)
         sandbox = [str(TOP / "tools" / "sandbox"), "--program", str(program), str(self.root)]
         subprocess.run(sandbox, check=True)
-        for source, folder in (("wrapper/tavek-logrotate", "sbin"),
-                               ("examples/skip-temporary-files.conf", "doc/tavek-logrotate/examples")):
-            installed = self.root / "opt/covers" / folder
-            installed.mkdir(parents=True)
-            shutil.copy(TOP / source, installed)
+        shutil.copytree(TOP / "examples", self.root / "opt/doc/tavek-logrotate/examples")
         self.start = [*sandbox, "sh", "-c", MOUNT, "sh"]
 
     def close(self):
