@@ -9,7 +9,7 @@ install(TARGETS tavek-logrotate RUNTIME DESTINATION /opt/oru/admin/sbin)
 install(DIRECTORY DESTINATION /opt/oru/etc/logrotate.d)
 # The command in PATH starts the program by a path with a slash. Started by a bare name, --system-logs would first look
 # for the program in the current directory.
-install(PROGRAMS commands/tavek-logrotate DESTINATION "${CMAKE_INSTALL_SBINDIR}")
+install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-preview DESTINATION "${CMAKE_INSTALL_SBINDIR}")
 install(FILES examples/skip-temporary-files.conf DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
 install(FILES man/tavek-logrotate.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
 install(FILES man/oru.conf.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
