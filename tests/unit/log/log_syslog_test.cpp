@@ -63,6 +63,12 @@ TEST_F(LogSyslog, TruncatesAnIdentityTo63Characters) {
   EXPECT_EQ(log_state().log_ident.data(), std::string(63, 'b'));
 }
 
+TEST_F(LogSyslog, ReplacesALongerIdentity) {
+  log_init(nullptr, 0, 16, 0, "logrotate");
+  log_init(nullptr, 0, 16, 0, "panel");
+  EXPECT_STREQ(log_state().log_ident.data(), "panel");
+}
+
 TEST_F(LogSyslog, AcceptsItsOwnIdentityBufferAsTheIdentity) {
   log_init(nullptr, 0, 16, 0, "panel");
   log_init(nullptr, 0, 16, 0, log_state().log_ident.data());

@@ -1,7 +1,9 @@
 #include "unit/log/recorded_streams.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <sys/types.h>
+#include <unistd.h>
 
 namespace tavek::test {
 
@@ -45,13 +47,25 @@ private:
   Writes& writes_;
 };
 
+bool action_running = false;
+
+// An action that called exit(0) would end the test program as if all tests had passed.
+void refuse_exit_of_action() {
+  if (action_running) {
+    _exit(EXIT_FAILURE);
+  }
+}
+
 } // namespace
 
 Writes written_by(const std::function<void()>& action, const std::string& broken) {
   Writes writes;
   const StandIn error(stderr, "stderr", broken == "stderr", writes);
   const StandIn output(stdout, "stdout", broken == "stdout", writes);
+  static const int registered = std::atexit(refuse_exit_of_action);
+  action_running = registered == 0;
   action();
+  action_running = false;
   return writes;
 }
 
