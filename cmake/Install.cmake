@@ -11,9 +11,13 @@ install(DIRECTORY DESTINATION /opt/oru/etc/logrotate.d)
 # for the program in the current directory.
 install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-preview DESTINATION "${CMAKE_INSTALL_SBINDIR}")
 install(FILES examples/skip-temporary-files.conf DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
-install(FILES man/tavek-logrotate.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
+install(FILES man/tavek-logrotate.8 man/tavek-logrotate-preview.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
 install(FILES man/oru.conf.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
-install(FILES completion/tavek-logrotate.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
-  RENAME tavek-logrotate)
+# bash-completion finds a file by the name of the command.
+foreach(command tavek-logrotate tavek-logrotate-preview)
+  install(FILES completion/tavek-logrotate.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+    RENAME ${command})
+endforeach()
 install(FILES completion/_tavek-logrotate DESTINATION "${TAVEK_ZSH_COMPLETIONS}")
-install(FILES completion/tavek-logrotate.fish DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+install(FILES completion/tavek-logrotate.fish completion/tavek-logrotate-preview.fish
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")

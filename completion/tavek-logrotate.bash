@@ -1,4 +1,4 @@
-# bash completion for tavek-logrotate                      -*- shell-script -*-
+# bash completion for tavek-logrotate and its preview      -*- shell-script -*-
 
 # Adds the words that begin with what is typed, quoted in the same way. Unlike compgen -W this expands nothing in them.
 # Readline keeps an opening quote, so the replies do not contain it.
@@ -124,6 +124,7 @@ _tavek_logrotate_options() {
             [[ $job || " $used" == *\ @(-K|--vhost-name)\ * ]] || uses+=' --system-logs'
             ;;
     esac
+    [[ ${words[0]} != *-preview || $cword -ne 1 ]] || uses+=' --exit-code'
     for option in $uses; do
         [[ " $used" == *" $option "* ]] || _tavek_logrotate_words "$option"
     done
@@ -152,4 +153,4 @@ _tavek_logrotate() {
     else
         _tavek_logrotate_position
     fi
-} && complete -F _tavek_logrotate tavek-logrotate
+} && complete -F _tavek_logrotate tavek-logrotate tavek-logrotate-preview

@@ -74,6 +74,11 @@ SUDO = [
     ("--system-logs -", RUN),
     ("--on-off=off --vhost-name=", FILES),
 ]
+PREVIEW = [
+    ("exa", {"example.com", "example.net", "example.org"}),
+    ("--exit-code example.com on by_time ", PERIODS),
+    ("--exit-code -K -", HOST - KEEP | CATEGORIES | HELP),
+]
 # What follows the program's name, and what zsh and fish say about it.
 SAID_BY_BOTH = [
     ("--on-off=", "remove the file and forget its settings"),
@@ -148,7 +153,9 @@ def prepare(machine):
         (machine.root / "var/hosts/system" / name).mkdir(parents=True)
     (machine.root / "etc/oru/oru.conf").write_text("HTTPD_VHOSTS_D /var/elsewhere\nHTTPD_VHOSTS_D /var/hosts # moved\n")
     for source, target in (("completion/tavek-logrotate.bash", "completions/tavek-logrotate"),
+                           ("completion/tavek-logrotate.bash", "completions/tavek-logrotate-preview"),
                            ("completion/_tavek-logrotate", "_tavek-logrotate"),
+                           ("completion/tavek-logrotate-preview.fish", "tavek-logrotate-preview.fish"),
                            ("completion/tavek-logrotate.fish", "tavek-logrotate.fish"),
                            ("tools/doc_checks/complete_bash.py", "complete_bash.py"),
                            ("tools/doc_checks/complete.zsh", "complete.zsh")):
@@ -166,7 +173,8 @@ def checks(machine, options):
     bash, zsh, fish = shells = prepare(machine)
     for shell in shells:
         yield f"{shell.name}: the options of the usage text", shell.problems("tavek-logrotate -", options)
-        for command, cases in (("tavek-logrotate ", ALL), ("sudo tavek-logrotate ", SUDO)):
+        yield f"{shell.name}: the options of a preview", shell.problems("tavek-logrotate-preview -", options | {"--exit-code"})
+        for command, cases in (("tavek-logrotate ", ALL), ("sudo tavek-logrotate ", SUDO), ("tavek-logrotate-preview ", PREVIEW)):
             for typed, expected in cases:
                 yield f"{shell.name}: {command}{typed}", shell.problems(command + typed, expected)
     for shell in (zsh, fish):
