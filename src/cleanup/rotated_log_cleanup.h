@@ -22,7 +22,7 @@ void clean_target_logs(const std::vector<std::string>& log_paths, int rot_count)
 /// a final ".gz". If that is not a number, reports it and returns false.
 bool is_beyond_rotation_count(const std::string& path, int rot_count);
 
-/// Removes `path` if it is beyond the count. Reports a failure.
+/// Removes `path` if its rotation number is greater than the count. Reports a failure.
 void remove_if_beyond_rotation_count(const std::string& path, int rot_count);
 
 } // namespace tavek

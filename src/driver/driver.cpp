@@ -29,13 +29,13 @@ namespace {
 constexpr const char* kVhostConfigDirectory = TAVEK_PRODUCT_ROOT "/etc/logrotate.d";
 constexpr mode_t kFileCreationMask = 022;
 
-// The rotation file's name as typed.
+// The name of the rotation file as typed, or the default.
 std::string configuration_name(const Options& options, const char* by_default) {
   return options.has("vhost-name") ? options.text("vhost-name") : by_default;
 }
 
 void resolve_target(const std::string& name, RewriteJob& job) {
-  // at() throws if the name is empty, and the text of that exception is what the user sees.
+  // at() throws if the name is empty, and the user sees the text of that exception.
   if (name.at(0) == '/') {
     job.config_path = name;
     job.settings.vhost_name = base_name(name.c_str());

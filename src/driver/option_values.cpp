@@ -13,8 +13,8 @@ void check_time_period(const std::string& period) {
   }
 }
 
-// Rejects only what the conversion rejects. logrotate checks the rest: signs, leading blanks, a unit as in 10M. The
-// number itself is not used.
+// Rejects only text that std::stoll cannot convert. logrotate checks the rest: signs, leading blanks, a unit as in 10M.
+// The number itself is not used.
 void check_size_period(const std::string& period) {
   try {
     static_cast<void>(std::stoll(period));

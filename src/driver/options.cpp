@@ -71,15 +71,15 @@ void print_usage(const char* program, const po::options_description& options) {
   std::fputs(usage.str().c_str(), stdout);
 }
 
-// Gives complaint_of() access to members that the library provides only to classes derived from its error.
+// Gives complaint_of() access to protected members of the library's error.
 struct ErrorInternals : po::error_with_option_name {
   static auto words() { return &ErrorInternals::m_substitutions; }
   static auto message() { return &ErrorInternals::m_message; }
 };
 
 // The library's text for an error. The library expands placeholders such as %value% repeatedly, so the expansion would
-// never end if a word from the command line contained one. NUL, which no such word contains, stands in for the percent
-// signs.
+// never end if a word from the command line contained one. So during the expansion, a NUL replaces each percent sign of
+// these words. The words themselves contain no NUL.
 std::string complaint_of(po::error_with_option_name& error) {
   for (auto& [placeholder, word] : error.*ErrorInternals::words()) {
     std::replace(word.begin(), word.end(), '%', '\0');
@@ -122,8 +122,7 @@ Switch Options::switch_value(const std::string& name) const {
 }
 
 std::optional<Options> parse_options(int argc, const char* const* argv) {
-  // The description is never destroyed: the run is about to end, and the destruction would take a twentieth of its
-  // time.
+  // The description is never destroyed: its destruction would take a twentieth of the time of a run.
   static const auto& options = *new po::options_description(describe_options());
   auto map = std::make_unique<po::variables_map>();
   store_words({argv + std::min(argc, 1), argv + argc}, options, *map);

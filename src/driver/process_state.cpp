@@ -8,8 +8,8 @@ namespace tavek {
 
 namespace {
 
-// The signals that end a process by default, except SIGKILL, those that a bug raises, and SIGPIPE and SIGXFSZ, which
-// are ignored.
+// The signals that end a process by default. Three kinds are left out: SIGKILL, the signals that a bug raises, and the
+// two that are ignored (SIGPIPE and SIGXFSZ).
 sigset_t termination_signals() {
   sigset_t signals;
   sigemptyset(&signals);
@@ -63,8 +63,8 @@ bool TerminationHold::termination_pending() const {
   sigpending(&pending);
   const sigset_t ending = termination_signals();
   for (int signal = 1; signal <= SIGRTMAX; ++signal) {
-    // An ignored signal can be pending too while it is blocked, but it is discarded when it is unblocked. A signal that
-    // the caller had blocked remains pending.
+    // An ignored signal that is blocked can be pending too, but it is discarded when it is unblocked. A signal that the
+    // caller had blocked remains pending.
     if (sigismember(&ending, signal) == 1 && sigismember(&pending, signal) == 1 && sigismember(&before_, signal) == 0 &&
         !is_ignored(signal)) {
       return true;

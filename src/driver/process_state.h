@@ -2,8 +2,8 @@
 
 // The process state that the program relies on, whatever state the caller left:
 //
-// - Descriptors 0 to 2 are open. Otherwise the next file that is opened would get one of these numbers, and a message
-//   would be written to a rotation file.
+// - Descriptors 0 to 2 are open. Otherwise a rotation file could get one of these numbers when it is opened, and a
+//   message would be written to it.
 // - A write beyond the file-size limit (SIGXFSZ) or to a closed pipe (SIGPIPE) fails with an error instead of killing
 //   the process, so the error is reported and the temporary file is removed.
 // - A signal that ends the run, such as HUP, TERM or ALRM, is blocked while the temporary file exists. The run checks
@@ -33,7 +33,7 @@ public:
   TerminationHold(const TerminationHold&) = delete;
   TerminationHold& operator=(const TerminationHold&) = delete;
 
-  /// Whether a pending signal will end the process on release.
+  /// Whether a pending signal will end the process when this object is destroyed.
   bool termination_pending() const;
 
 private:

@@ -45,9 +45,9 @@ bool is_executable(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// Resolves a bare name like a shell, but searches the current directory first. The library's own search is not used
-// because it accepts directories. A name that is not found is returned unchanged, so that starting it reports the
-// error.
+// Resolves a bare name as a shell does, but searches the current directory first. The library's own search is not used
+// because it accepts directories. A name that is not found is returned unchanged; the attempt to start it then fails
+// with the right error.
 std::string resolve_program(const std::string& program) {
   const char* path = std::getenv("PATH");
   if (program.find('/') != std::string::npos || is_executable(program) || path == nullptr) {
@@ -56,7 +56,7 @@ std::string resolve_program(const std::string& program) {
   std::istringstream directories(path);
   for (std::string directory; std::getline(directories, directory, ':');) {
     if (directory.empty()) {
-      continue; // The current directory, which has already been searched.
+      continue; // It means the current directory, which has already been searched.
     }
     std::string candidate = directory.append("/").append(program);
     if (is_executable(candidate)) {
@@ -66,9 +66,9 @@ std::string resolve_program(const std::string& program) {
   return program;
 }
 
-// Starts one child, waits for it and returns its exit code. `command` is our own invocation name, passed to the child
-// as argv[0], followed by the arguments; `program` is the file that the name resolves to. Both go directly to the
-// executor because the library's own initialisers fail on an empty program or an empty word.
+// Starts one child, waits for it and returns its exit code. `command` becomes the argv of the child: our own invocation
+// name, then the arguments. `program` is the file that the name resolves to. Both go directly to the executor because
+// the library's own initialisers fail on an empty program or an empty word.
 int run_child(const std::string& program, Words command) {
   std::vector<char*> argv;
   for (std::string& word : command) {

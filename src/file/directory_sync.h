@@ -1,6 +1,6 @@
 #pragma once
 
-// Makes changes to a directory survive a power loss. According to POSIX, fsync of a file need not sync its name.
+// Makes changes to a directory survive a power loss. POSIX does not require fsync of a file to sync its name.
 
 #include <string>
 
@@ -13,8 +13,8 @@ namespace tavek {
 class DirectorySync {
 public:
   /// Opens the parent directory of `path`, which is borrowed. Throws std::runtime_error "Failed to open ...". Does not
-  /// throw if the directory may not be read or cannot be found: then there is nothing to sync, and the change itself
-  /// reports a missing directory.
+  /// throw if the directory may not be read or cannot be found: sync() then does nothing, and the change itself reports
+  /// a missing directory.
   explicit DirectorySync(const std::string& path);
 
   /// Syncs the directory to disk. `change` is the part of the message that says what has happened to the file, such as

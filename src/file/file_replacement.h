@@ -11,8 +11,8 @@
 namespace tavek {
 
 /// A temporary file beside its target. It is first written, then completed, then renamed over the target. The
-/// destructor removes the temporary file unless the rename was attempted. A failed rename leaves it, complete, for the
-/// administrator to move into place.
+/// destructor removes the temporary file unless the rename was attempted. If the rename fails, the complete temporary
+/// file remains, so that the administrator can move it into place.
 class FileReplacement {
 public:
   /// Creates the temporary file: the target's name, a dot and six characters; mode 0644. require_open() reports a

@@ -34,7 +34,7 @@ __attribute__((format(printf, 2, 0))) void print_line(FILE* stream, const char* 
   fflush(stream);
 }
 
-// Copies as much of `text` as fits. `text` may be the target itself, because log_init may be given its own identity.
+// Copies as much of `text` as fits. `text` may be the target itself: a caller may pass `log_ident` to log_init.
 template <std::size_t Size>
 void copy_truncated(std::array<char, Size>& target, const char* text) {
   const std::size_t length = strnlen(text, Size - 1);

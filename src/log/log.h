@@ -2,11 +2,11 @@
 
 // The panel's message sink: the one place in a process where the reports of its C-style libraries go.
 //
-// Of this header, the program uses only `log_hook`, in its initial state, and `program_path`; the rest is for the
-// panel's other tools.
+// The program uses only `program_path` and `log_hook`, the latter in its initial state. The rest of this header is for
+// the panel's other tools.
 //
-// Each report has a level. It is a syslog priority from 0 (emergency) to 7 (debug), or a larger number: the console
-// sink drops such a report unless the threshold is raised beyond the usual range. All state is process-wide and not
+// Each report has a level: a syslog priority from 0 (emergency) to 7 (debug), or a larger number. The console sink
+// prints a report above level 7 only if `log_threshold` has been set that high. All state is process-wide and not
 // thread-safe. Write errors are ignored. Nothing here throws.
 
 #include <array>

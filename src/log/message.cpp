@@ -33,7 +33,7 @@ void print_on(FILE* stream, const char* text) {
   fflush(stream);
 }
 
-// Formats into the block and enlarges it for a long message. Without memory for that, the message is truncated.
+// Formats into the block and enlarges it for a long message. If there is no memory for that, the message is truncated.
 __attribute__((format(printf, 2, 0))) void format_message(MessageBuffer& buffer, const char* format, va_list args) {
   va_list again;
   va_copy(again, args);

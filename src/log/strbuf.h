@@ -2,11 +2,10 @@
 
 // Growable strings: the caller keeps a pointer to the string and the room left in it.
 //
-// `text` points to a pointer that is null before first use; later it points to a NUL-terminated string, which the
-// caller frees with free(). `room` is the number of characters that fit without growing the string, excluding the
-// terminating NUL; it is exact after each call. Each function returns the string, which may have moved. On failure it
-// returns null with errno set to ENOMEM, or to ERANGE if a size overflows; an existing string and its room are then
-// still valid.
+// `*text` is null before first use. Later it points to a NUL-terminated string, which the caller frees with free().
+// `*room` is the number of characters that fit without growing the string, excluding the terminating NUL; it is exact
+// after each call. Each function returns the string, which may have moved. On failure it returns null with errno set to
+// ENOMEM, or to ERANGE if a size overflows; an existing string and its room are then still valid.
 
 #include <cstdarg>
 #include <cstddef>

@@ -13,12 +13,12 @@ struct DirectiveTally {
   int periods = 0;                   ///< Periods written or passed through.
   int rotates = 0;                   ///< Rotation counts written or passed through.
   int compresses = 0;                ///< compress or nocompress written.
-  int mails = 0;                     ///< Mail addresses written; an empty one, which writes nothing, counts too.
+  int mails = 0;                     ///< Mail addresses written; an empty one is counted but not written.
   int missingoks = 0;                ///< missingok written.
   int anonymizers = 0;               ///< Anonymizing commands written, with or without a postrotate block.
   bool copytruncate_pending = false; ///< The current stanza has no copytruncate yet.
-  std::string last_period;           ///< The period setting when a period was last written in the current stanza;
-                                     ///< stored even if the file's own period line was copied.
+  std::string last_period;           ///< The period setting at the last write of a period in the current stanza, even
+                                     ///< if that write copied the file's own line; otherwise empty.
   bool need_period = false;          ///< The need_ flags are set after a first pass that never wrote the directive,
   bool need_rotate = false;          ///< and make the second pass write it after each stanza head.
   bool need_compress = false;

@@ -148,8 +148,8 @@ bool RewriteContext::end_of_input() {
 }
 
 // A closed stanza has every directive, so a second pass happens only if no stanza closes. It inserts the missing
-// directives after the stanza heads it finds. Neither the counters nor the scanner's start condition is reset, so the
-// second pass starts inside a stanza or a script and finds only heads that follow a stray brace.
+// directives after the stanza heads that it finds. Neither the counters nor the scanner's start condition is reset. So
+// the second pass starts inside a stanza or a script, and finds only heads that follow a stray closing brace.
 bool RewriteContext::plan_second_pass() {
   tally_.need_period = tally_.periods == 0;
   tally_.need_rotate = tally_.rotates == 0;

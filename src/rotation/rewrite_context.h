@@ -30,7 +30,7 @@ public:
   void copytruncate_line(std::string_view text);
   void mail_line(std::string_view text);
 
-  /// A line of a postrotate script that starts with '/'.
+  /// A line of a postrotate script whose first non-blank character is '/'.
   void script_command(std::string_view text);
 
   void endscript_line(std::string_view text);

@@ -15,10 +15,10 @@ struct RotationSettings {
   std::string period_type;         ///< "by_time" or "by_size"; if empty, periods in the file are kept.
   std::string period;              ///< "daily", "weekly" or "monthly", or the size as typed.
   int rot_count = -1;              ///< Rotated copies to keep; if negative, rotate directives in the file are kept.
-  std::string email;               ///< Where rotated logs are sent; if empty, a host's file gets no mail lines.
-  bool compress = false;           ///< False for off and for keep, so keep still writes nocompress.
+  std::string email;               ///< Where rotated logs are mailed; if empty, a host's file gets no mail lines.
+  bool compress = false;           ///< False for off and for keep, so keep writes nocompress too.
   Switch anonymize = Switch::keep; ///< Whether a script anonymizes IP addresses in rotated logs.
-  bool system_mode = false;        ///< Whether a system rotation file is edited; many directives are then copied.
+  bool system_mode = false;        ///< Whether the file is a system rotation file, in which many directives are copied.
   std::string vhost_name;          ///< The virtual host that a generated file is for.
 };
 

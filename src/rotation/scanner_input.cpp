@@ -38,14 +38,14 @@ std::size_t read_some(int fd, char* to, std::size_t room) {
 } // namespace
 
 ScannerInput::ScannerInput(const std::string& path) {
-  // Opening must not wait for a writer in case a FIFO has just taken the file's place.
+  // Without O_NONBLOCK, opening would wait for a writer if a FIFO had just taken the file's place.
   const FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   struct stat status {};
   if (!fd.is_open() || fstat(fd.get(), &status) == -1) {
     throw failed_to_open(path, errno);
   }
   refuse_special_file(path, status);
-  // One byte more than the file has, so that reading finds its end without growing the buffer.
+  // One byte more than the file has, so that reading finds the end of the file without growing the buffer.
   allocate(std::max(static_cast<std::size_t>(std::max<off_t>(status.st_size, 0)) + 1, kFirstCapacity));
   read_all(fd.get());
 }

@@ -10,8 +10,8 @@ namespace tavek {
 class ScannerInput {
 public:
   /// Reads the file at `path`. Throws std::runtime_error if it cannot be opened or is neither a regular file nor a
-  /// directory, ScannerFatalError if it cannot be read (a directory, an I/O error) or is too large (about 2 GiB),
-  /// and std::bad_alloc.
+  /// directory. Throws ScannerFatalError if it cannot be read (a directory, an I/O error) or is larger than about
+  /// 2 GiB. Throws std::bad_alloc.
   explicit ScannerInput(const std::string& path);
 
   char* data() { return bytes_.get(); }

@@ -11,8 +11,8 @@ namespace tavek {
 class StanzaHeadFinder {
 public:
   /// Returns the length of the head at the start of `text`, its newline included, or 0 if none starts there. `text` is
-  /// the rest of one input, from a '/' on; successive calls pass successive positions of the same input. The first byte
-  /// is not read.
+  /// the rest of the input from a '/' onwards; each call must pass a later position of the same input. The first byte
+  /// is not read, because flex may have a NUL in its place.
   std::size_t head_length(std::string_view text);
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-// Generates the rotation file of a virtual host that has none yet, or none with a stanza.
+// Generates the contents of a virtual host's rotation file that is new or contains no stanza.
 
 #include "rotation/directive_writer.h"
 #include "rotation/rotation_settings.h"

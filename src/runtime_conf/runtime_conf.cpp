@@ -19,7 +19,7 @@ constexpr int kErrorLevel = 3;
 struct RuntimeConfState {
   const char* path = kRuntimeConfPath;
   RuntimeConf* loaded = nullptr;                      // Null until a load succeeds.
-  std::array<const char*, kRuntimeConfKeys> values{}; // The file's values that have been looked up.
+  std::array<const char*, kRuntimeConfKeys> values{}; // Cache: the file's values that have been looked up.
 };
 
 RuntimeConfState state;

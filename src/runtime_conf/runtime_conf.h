@@ -64,7 +64,8 @@ const char* runtime_conf_file_value(int index);
 /// Returns runtime_conf_get() for the key with this name. If the name is unknown, reports this and returns null.
 const char* runtime_conf_get_by_name(const char* name);
 
-/// Returns the file's value for any name, known key or not, or null if it is absent or the file cannot be loaded.
+/// Returns the file's value of any name, even one that is not a key. Returns null if the file does not define the name
+/// or cannot be loaded.
 const char* runtime_conf_lookup(const char* name);
 
 /// Discards everything loaded and cached, as in a new process. For tests.

@@ -60,7 +60,7 @@ char* value_end(char* value) {
   return mark != nullptr ? mark : at;
 }
 
-// Parses one line in place. Returns 0, even for a malformed line, or -1 with errno set if out of memory.
+// Parses one line in place. Returns 0, even for a malformed line, or -1 with errno set if there is no memory.
 int read_line(char* line, RuntimeConf* store) {
   char* name = skip_space(line);
   if (ends_line(*name)) {

@@ -95,7 +95,7 @@ std::uint64_t slots_of(const RuntimeConf* store) {
   return 2 * store->capacity;
 }
 
-// Returns the slot of `name`, which is free if the name is not defined. At least half of the slots are free.
+// Returns the slot of `name`, or a free slot if the name is not defined. At least half of the slots are free.
 RuntimeConfSlot* slot_of(const RuntimeConf* store, const char* name, std::uint64_t hash) {
   for (std::uint64_t i = hash % slots_of(store);; i = (i + 1) % slots_of(store)) {
     RuntimeConfSlot* const slot = &store->index[i];
@@ -110,7 +110,7 @@ void add_to_index(RuntimeConf* store, RuntimeConfEntry* entry) {
   *slot_of(store, entry->name, hash) = {hash, entry};
 }
 
-// Builds the index if there is none. If there is no memory, the store stays without an index.
+// Builds the index if there is none. If there is no memory, the store remains without an index.
 void build_index(RuntimeConf* store) {
   if (store->index == nullptr) {
     store->index = static_cast<RuntimeConfSlot*>(calloc(slots_of(store), sizeof(RuntimeConfSlot)));

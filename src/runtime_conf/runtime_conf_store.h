@@ -9,8 +9,8 @@
 
 namespace tavek {
 
-/// The level of reports about the configuration file. The usual thresholds drop these reports, because a user of the
-/// tool need not know that defaults apply.
+/// The level of reports about the configuration file. It is above the usual thresholds, so the reports are dropped: a
+/// user of the tool need not know that defaults apply.
 inline constexpr int kQuietLevel = 12;
 
 /// One definition; both strings are owned.
