@@ -1,4 +1,4 @@
-# Fails if a file of SRC/ROOM includes a header of a room that is not in USES.
+# Fails if a file of SRC/ROOM includes a header of a room (see Rooms.cmake) that is not in USES.
 cmake_minimum_required(VERSION 3.25)
 
 file(GLOB files "${SRC}/${ROOM}/*")

@@ -7,8 +7,8 @@ set(TAVEK_ZSH_COMPLETIONS "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CACHE ST
 install(TARGETS tavek-logrotate RUNTIME DESTINATION /opt/oru/admin/sbin)
 # The program creates the hosts' files but not their directory.
 install(DIRECTORY DESTINATION /opt/oru/etc/logrotate.d)
-# The command in PATH starts the program by a path with a slash. Started by a bare name, --system-logs would first look
-# for the program in the current directory.
+# The command `tavek-logrotate` starts the program by a path with a slash. If the program were started by a bare name,
+# --system-logs would first look for it in the current directory.
 install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-preview DESTINATION "${CMAKE_INSTALL_SBINDIR}")
 install(FILES examples/skip-temporary-files.conf DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
 install(FILES man/tavek-logrotate.8 man/tavek-logrotate-preview.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")

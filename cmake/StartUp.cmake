@@ -1,8 +1,9 @@
 # Makes a static program start faster, if the linker and the C library can.
 include(CheckCXXSourceCompiles)
 
-# Packed relocations of a position-independent program take a thirtieth of the space. An older linker only warns of an
-# option that it does not know. A C library before glibc 2.36 does not apply such relocations, and the program crashes.
+# Packed relocations of a position-independent program take a thirtieth of the space of ordinary ones. The linker and
+# the C library must support them. An older linker only warns about the unknown option, so the check makes warnings
+# fatal. A C library before glibc 2.36 does not apply packed relocations, so the program would crash.
 set(packed -Wl,-z,pack-relative-relocs)
 set(CMAKE_REQUIRED_LINK_OPTIONS -static-pie -Wl,--fatal-warnings ${packed})
 check_cxx_source_compiles("
