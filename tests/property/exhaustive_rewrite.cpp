@@ -3,7 +3,7 @@
 //   exhaustive_rewrite [--full]      --full uses longer inputs and takes minutes
 //
 // An input is a prefix followed by a sequence of tokens. The check stops at the first difference, prints it and exits
-// with 1. Shorter sequences come first, so no sequence of fewer tokens of that alphabet gives a difference. Other
+// with 1. Shorter sequences come first, so no shorter sequence over the same alphabet gives a difference. Other
 // arguments are ignored.
 
 #include <algorithm>

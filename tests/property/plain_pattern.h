@@ -38,7 +38,7 @@ public:
 
   Match& word(std::string_view word) { return one_of({word}); }
 
-  /// Everything before the next `end`, or the rest of the input if there is none.
+  /// Matches everything before the next `end`, or the rest of the input if there is none.
   Match& until(char end) {
     const auto stop = text_.find(end, at_);
     at_ = stop == std::string_view::npos ? text_.size() : stop;

@@ -37,7 +37,7 @@ private:
 };
 
 // clang-format off
-// Pieces that start or end a construct, or almost do. The most important ones are listed more than once.
+// Pieces that start or end a construct, or nearly do so. The most important ones are listed more than once.
 constexpr std::string_view kFragments[] = {
     "/"sv, "/"sv, "{"sv, "{\n"sv, "{\n"sv, "}"sv, "}"sv, "}\n"sv, "#"sv, "#"sv, "\n"sv, "\n"sv, "\n"sv, "\r"sv,
     "\r\n"sv, "\0"sv, "\0"sv, " "sv, "\t"sv, " \t "sv, "\v"sv, "\f"sv, "a"sv, "no"sv, "\""sv, "\xef\xbb\xbf"sv,
@@ -126,7 +126,7 @@ RewriteJob any_job(Dice& dice) {
   return job;
 }
 
-// Sometimes turns the text into a stanza that never closes.
+// Adds a random job. Sometimes turns the text into a stanza that never closes.
 RewriteCase with_any_job(Dice& dice, std::vector<std::string> pieces) {
   if (dice.one_in(6)) {
     for (std::string& piece : pieces) {

@@ -101,8 +101,8 @@ off_t lseek(int fd, off_t offset, int whence) noexcept {
   return CallFault::strikes(Call::lseek) ? -1 : lseek_next(fd, offset, whence);
 }
 
-// The function has another name in C++ because clang-tidy requires the parameter names of the header, and there the
-// parameter is called `template`, which is a C++ keyword.
+// In the header the parameter is called `template`, which is a C++ keyword. clang-tidy requires the parameter names of
+// the header, so this function has another name in C++.
 int temporary_file(char* name, int flags) asm("mkostemp");
 
 int temporary_file(char* name, int flags) {

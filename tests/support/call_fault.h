@@ -3,9 +3,9 @@
 // Makes one call to the C library fail. Use it for a system error that a test cannot cause at the right moment with a
 // real file, mode or limit.
 //
-// The test program defines these functions itself, so a call from the code under test or from the C++ library arrives
-// here first and is passed on unless a fault strikes it. Allocations are different: the linker redirects them, and only
-// in the linked objects, because a definition of malloc would replace the allocator of the address sanitizer.
+// The test program defines the functions of `Call` itself. So a call from the code under test or from the C++ library
+// arrives here first and is passed on unless a fault strikes it. Allocations are different: a definition of malloc
+// would replace the allocator of the address sanitizer, so the linker redirects them, but only in the linked objects.
 
 #include <functional>
 

@@ -16,7 +16,7 @@
 
 namespace tavek {
 
-/// The bytes of a file; empty when it cannot be read.
+/// The bytes of a file; empty if it cannot be read.
 inline std::string content_of(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -51,7 +51,7 @@ public:
 
   const std::string& path() const { return path_; }
 
-  /// The path of `name` in the directory. Nothing need exist there.
+  /// The path of `name` in the directory. No such file need exist.
   std::string operator/(const std::string& name) const { return path_ + "/" + name; }
 
   /// Writes a file, with mode 0644 under the usual mask, and creates its missing parent directories. Returns its path.

@@ -45,7 +45,7 @@ def crowd(row, commands, runs, allowed):
     with Readers() as readers, concurrent.futures.ThreadPoolExecutor(len(commands)) as pool:
         failed = sum(pool.map(failures, commands), [])
     row.check(not failed, f"failed runs: {failed[:3]}")
-    row.check(readers.seen <= allowed, "the readers saw a content that no run wrote")
+    row.check(readers.seen <= allowed, "the readers saw text that no run wrote")
     row.check(get(TARGET) in allowed - {None, b""}, "the target is not the output of one run")
     row.check(mode_of(TARGET) == 0o644 and not beside(), f"mode {mode_of(TARGET):o}, left {beside()}")
     return readers
@@ -60,7 +60,7 @@ def writers(row):
     outputs = {stanzas(2000, "daily", count, "compress") for count in range(WRITERS)}
     readers = crowd(row, commands, 200, outputs | {start})
     row.check(len(readers.seen) > 1, "the readers saw no change")
-    row.figure(f"{readers.reads} reads, {len(readers.seen)} contents seen")
+    row.figure(f"{readers.reads} reads, {len(readers.seen)} versions seen")
 
 
 @row("eight writers of a new file")

@@ -33,7 +33,7 @@ def edited():
 
 
 def wait_for_orphans():
-    """After the parent has ended, this process has adopted its children. Waits for them."""
+    """Waits for the children of a parent that has ended: this process has adopted them."""
     try:
         while True:
             os.wait()

@@ -17,7 +17,7 @@ CLONE_NEWNS = 0x20000
 
 
 class Sandbox:
-    """A context manager that owns the scratch folder of a sandbox. Inside it, INSIDE is a copy of tests/torture."""
+    """A context manager that owns the scratch folder of a sandbox. Its folder INSIDE is a copy of tests/torture."""
 
     def __init__(self, program):
         self.program = os.path.abspath(program)
@@ -35,7 +35,7 @@ class Sandbox:
         shutil.rmtree(self.root)
 
     def path(self, inside):
-        """Returns the path outside the sandbox of a path inside it."""
+        """Converts a path inside the sandbox to the path of the same file outside."""
         return self.root / inside.lstrip("/")
 
     def command(self, *command):

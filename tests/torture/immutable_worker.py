@@ -61,15 +61,15 @@ def as_target(row, sandbox):
 
 
 def behind_link(row, sandbox):
-    """The tool replaces the link, which is not immutable."""
+    """The tool must replace the link, which is not immutable itself."""
     target, pointee = sandbox.path(TARGET), sandbox.path(f"{HOSTS}/pointee")
     target.rename(pointee)
     target.symlink_to("pointee")
     with immutable(pointee):
         result = run(sandbox.command(TOOL, *DAILY))
-    row.check((result.status, result.error) == (0, b""), f"behind a link: {result}")
-    row.check(not target.is_symlink() and target.read_bytes() == NEW, "behind a link: the target is not NEW")
-    row.check(pointee.read_bytes() == OLD, "behind a link: the immutable file has changed")
+    row.check((result.status, result.error) == (0, b""), f"through a link: {result}")
+    row.check(not target.is_symlink() and target.read_bytes() == NEW, "through a link: the target is not NEW")
+    row.check(pointee.read_bytes() == OLD, "through a link: the immutable file has changed")
 
 
 run_rows(sys.argv[2:])

@@ -90,7 +90,7 @@ def check_order(row, calls):
 
 @row("a signal to the first process of a container")
 def first_process(row):
-    """A signal with the default action does not kill this process, so the run must report failure."""
+    """A signal with the default action does not kill the first process, so the run itself must report failure."""
     for number, call in itertools.product(NAMED_SIGNALS, ("fchmod", "fsync", "rt_sigpending", "rename")):
         reset()
         injection = f"inject={call}:signal={signal_name(number)}:when=1"

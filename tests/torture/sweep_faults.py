@@ -30,7 +30,7 @@ ERRORS = {
 }
 OTHER_ERRORS = ["error=EIO", "error=ENOMEM", "error=EPERM"]
 
-# A call on the temporary file, as strace shows it. If one fails, the run must fail even if the target is NEW.
+# A call on the temporary file, as strace shows it. If such a call fails, the run must fail even if the target is NEW.
 TEMPORARY = re.compile(r"^(write|fchmod|ftruncate|lseek|fsync|close)\(\d+<[^>]*\.\w{6}>")
 
 # `when` selects among the calls of this name, as strace counts them; `signal` is a number, or None for an error.

@@ -39,7 +39,7 @@ class Job:
         self.again = get(self.target)
         calls = calls_of(result.trace)
         first = next(i for i, call in enumerate(calls) if f'"{self.target}"' in call.text)
-        # Whether the C library calls getrandom again depends on the bytes it got.
+        # The C library may call getrandom again, depending on the bytes it got, so these calls differ between runs.
         return [call for call in calls[first:] if call.name != "getrandom"]
 
     def run_with(self, fault):

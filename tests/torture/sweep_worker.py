@@ -1,7 +1,7 @@
 """One worker of the fault sweep, inside the sandbox: injects faults at its share of the system calls of every job.
 
 Prints FAILED and the problems of each case that fails, and at the end how many cases passed. Arguments: the number of
-this worker, the number of workers.
+this worker, and the number of workers.
 """
 
 import collections

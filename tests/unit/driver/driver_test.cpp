@@ -26,7 +26,7 @@ namespace tavek {
 
 namespace {
 
-// Complete runs of the tool in this process. The case folders show what a user sees of a run.
+// Complete runs of the tool in this process. The cases in tests/cases test what a user sees of a run.
 class Driver : public testing::Test {
 protected:
   void run_tool(std::vector<std::string> words) const {

@@ -53,7 +53,7 @@ TEST(FillGivenSettings, FillsOnlyPeriodTypeAndPeriodAndCount) {
 }
 
 // The count has a default, so there is always one.
-TEST(FillGivenSettings, LeavesAPeriodThatIsNotGivenUnchanged) {
+TEST(FillGivenSettings, LeavesThePeriodUnchangedIfNoneIsGiven) {
   RotationSettings settings;
   settings.period_type = "before";
   settings.period = "then";

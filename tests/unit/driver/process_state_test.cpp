@@ -73,7 +73,7 @@ bool is_null_device(int fd) {
   return fstat(fd, &status) == 0 && stat("/dev/null", &null) == 0 && status.st_rdev == null.st_rdev;
 }
 
-// In a child: closes the standard streams whose bits are set. Succeeds if exactly these are the null device afterwards.
+// Runs in a child. Closes the standard streams whose bits are set. Succeeds if exactly these are then the null device.
 [[noreturn]] void reopen_closed_streams(unsigned closed, const char* other) {
   const auto is_closed = [closed](int fd) { return (closed >> fd & 1U) != 0; };
   const int source = open(other, O_RDWR | O_CLOEXEC);
@@ -101,7 +101,7 @@ TEST(OpenMissingStandardStreams, OpensTheNullDeviceForEveryClosedStream) {
   }
 }
 
-// In a child: writes ten bytes to a file with a limit of five.
+// Runs in a child. Writes ten bytes to a file with a limit of five.
 [[noreturn]] void write_beyond_the_limit(const std::string& path) {
   const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
   rlimit limit{};
@@ -149,7 +149,7 @@ TEST(RestoreChildSignal, MakesItPossibleToWaitForAChildIfTheCallerIgnoresSigchld
   EXPECT_EQ(WEXITSTATUS(status), 7);
 }
 
-// In a child: the message shows that the signal did not arrive before the hold ended.
+// Runs in a child. The message shows that the signal did not arrive before the hold ended.
 void raise_under_hold(int signal) {
   constexpr rlimit no_core{};
   setrlimit(RLIMIT_CORE, &no_core);
@@ -186,7 +186,7 @@ TEST(TerminationHold, ReportsNoIgnoredSignal) {
   }
 }
 
-TEST(TerminationHold, ReportsASignalPendingBesideAnIgnoredOne) {
+TEST(TerminationHold, ReportsAPendingSignalBesideAnIgnoredOne) {
   const Disposition ignored(SIGHUP, SIG_IGN);
   const TerminationHold hold;
   raise(SIGHUP);
@@ -195,7 +195,7 @@ TEST(TerminationHold, ReportsASignalPendingBesideAnIgnoredOne) {
   EXPECT_TRUE(take_pending(SIGTERM));
 }
 
-TEST(TerminationHold, LeavesASignalBlockedByTheCallerPending) {
+TEST(TerminationHold, NeitherReportsNorDeliversASignalThatTheCallerBlocks) {
   const sigset_t blocked = set_of(SIGTERM);
   sigprocmask(SIG_BLOCK, &blocked, nullptr);
   {

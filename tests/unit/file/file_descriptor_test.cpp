@@ -16,7 +16,7 @@ bool is_open(int fd) {
   return fcntl(fd, F_GETFD) != -1;
 }
 
-TEST(FileDescriptor, OwnsNoneByDefault) {
+TEST(FileDescriptor, OwnsNothingByDefault) {
   FileDescriptor none;
   EXPECT_FALSE(none.is_open());
   EXPECT_EQ(none.get(), -1);

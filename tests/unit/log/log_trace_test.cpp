@@ -61,7 +61,7 @@ TEST_F(LogTrace, ReplacesAnEmptyId) {
   EXPECT_EQ(getenv("TAVEK_LOG_TRACE_ID"), own_trace_id());
 }
 
-// The child has another process id, so only the environment can tell it the id of its parent.
+// The child has another process id, so only the environment can tell it the trace id of its parent.
 TEST_F(LogTrace, SharesItsIdWithAChildProcess) {
   log_init(nullptr, 7, 16, kLogTraced, "tool");
   const std::string own = own_trace_id();

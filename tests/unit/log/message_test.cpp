@@ -27,7 +27,7 @@ class PrintMessage : public test::FreshLogState {};
 
 class DieMessage : public test::FreshLogState {
 protected:
-  /// The output of a message that does not exit, with errno set to `error`.
+  /// The output of die_message() with status 0 and with errno set to `error`.
   static Writes written(int error, const std::string& message) {
     return written_by([error, &message] {
       errno = error;
@@ -36,7 +36,7 @@ protected:
   }
 };
 
-// A death test sees standard error only. This joins both streams in order, so that it sees both.
+// A death test sees only standard error. Joins both streams in order, so that the test sees both.
 void join_streams() {
   dup2(STDERR_FILENO, STDOUT_FILENO);
 }

@@ -9,7 +9,7 @@ namespace tavek::test {
 
 namespace {
 
-/// Replaces one of the two streams. It is fully buffered, so text arrives only when it is flushed.
+/// Replaces one of the two streams. The replacement is fully buffered, so text arrives only when it is flushed.
 class StandIn {
 public:
   StandIn(FILE*& stream, std::string name, bool broken, Writes& writes)

@@ -47,7 +47,8 @@ void vsyslog(int level, const char* format, va_list args) {
   note_message("vsyslog", level, format, args);
 }
 
-// With _FORTIFY_SOURCE the C library's header calls these instead. The flag has no effect on the message.
+// With _FORTIFY_SOURCE the C library's header calls these functions instead. The flag argument does not change the
+// message.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 void __syslog_chk(int level, int, const char* format, ...) {
   va_list args;

@@ -13,7 +13,7 @@ inline std::string repeated(std::size_t length) {
   return std::string(length, 'r');
 }
 
-/// A growable string, in the way that a caller owns it.
+/// A growable string: the pointer and the room that a caller keeps. The destructor frees the string.
 class StrbufFixture : public testing::Test {
 protected:
   ~StrbufFixture() override { free(text); }

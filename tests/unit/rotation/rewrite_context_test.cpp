@@ -15,7 +15,7 @@ constexpr const char* kBlock = "\tpostrotate\n"
                                "\t\t/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*\n"
                                "\tendscript\n";
 
-// A rewrite of a host's file, with every setting except anonymization filled.
+// A rewrite of a host's file, with a value for every setting except anonymization.
 class RewriteContextTest : public testing::Test {
 protected:
   RewriteContextTest() {
@@ -214,7 +214,7 @@ TEST_F(RewriteContextTest, AppendsTheDefaultFileToAnInputWithoutAStanza) {
   EXPECT_NE(text.find("/system/example.com/logs/php-fpm_error.log {\n\tweekly\n"), std::string::npos) << text;
 }
 
-TEST_F(RewriteContextTest, NeitherAppendsNorNeedsASecondPassInSystemMode) {
+TEST_F(RewriteContextTest, AppendsNothingAndNeedsNoSecondPassInSystemMode) {
   set_system_mode();
   EXPECT_FALSE(context.end_of_input());
   context.stanza_head(kHead);

@@ -40,7 +40,7 @@ TEST_F(Rewriter, ReplacesAndAddsDirectivesAndCopiesTheRest) {
             "/c\n{\n\trotate 5\n\tweekly\n\tnocompress\n\tmissingok\n\tcopytruncate\n}\n");
 }
 
-// Longer than the output buffer, so that the first pass has written to the disk.
+// The file is longer than the output buffer, so that the first pass has written to the disk.
 TEST_F(Rewriter, KeepsNothingOfTheFirstPassIfASecondIsNeeded) {
   const std::string unclosed = "/a {\n" + std::string(200000, 'x') + "\n";
   EXPECT_TRUE(rewritten(unclosed) == unclosed);

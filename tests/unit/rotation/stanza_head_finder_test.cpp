@@ -35,7 +35,7 @@ TEST(StanzaHeadFinder, FindsNoHeadWithoutABrace) {
   }
 }
 
-// The scanner passes each '/' of an input that may start a head, in turn.
+// The scanner calls the finder at each '/' that may start a head, from the start of the input to its end.
 TEST(StanzaHeadFinder, FindsEveryHeadOfAnInput) {
   constexpr std::string_view input = "/a/b { x /c\n/d {\n} /e {\n} /f";
   StanzaHeadFinder heads;

@@ -27,9 +27,9 @@ Reports no_store() {
   return {{3, "Not enough memory to allocate Tavek runtime configuration structure"}};
 }
 
-/// Expects that a call fails with ENOMEM and with these reports.
 class RuntimeConfMemory : public test::FreshStore {
 protected:
+  /// Expects that a call has failed with ENOMEM and with these reports.
   void expect_failure(int result, const Reports& reports) {
     EXPECT_EQ(errno, ENOMEM);
     EXPECT_EQ(result, -1);
@@ -73,7 +73,7 @@ TEST_F(RuntimeConfMemory, KeepsTheArrayIfItCannotGrow) {
 
 TEST_F(RuntimeConfMemory, RejectsACapacityThatOverflows) {
   expect_too_large(UINT64_C(1) << 63, UINT64_C(1) << 63); // Twice the capacity overflows.
-  expect_too_large(1, UINT64_MAX - 19);                   // Twenty more overflow.
+  expect_too_large(1, UINT64_MAX - 19);                   // Adding twenty overflows.
   expect_too_large(UINT64_C(1) << 59, UINT64_C(1) << 59); // The size in bytes overflows.
 }
 
@@ -108,7 +108,7 @@ TEST_F(RuntimeConfMemory, FreesAStoreAfterAFailure) {
   EXPECT_EQ(store->count, 21U);
 }
 
-/// The same, with definitions read from a file.
+/// The same tests for definitions that are read from a file.
 class RuntimeConfFileMemory : public RuntimeConfMemory {
 protected:
   ~RuntimeConfFileMemory() override {
@@ -125,7 +125,7 @@ TEST_F(RuntimeConfFileMemory, OpensNoFileIfTheArrayCannotBeAllocated) {
 
 TEST_F(RuntimeConfFileMemory, StopsReadingAtALineThatCannotBeStored) {
   const std::string path = folder.write("oru.conf", "A 1\nB 2\nC 3\n");
-  const CallFault value_of_b(Call::allocation, ENOMEM, 5); // The first four: the array, both texts of A, B's name.
+  const CallFault value_of_b(Call::allocation, ENOMEM, 5); // Calls 1 to 4: the array, both texts of A, B's name.
   expect_failure(runtime_conf_read_file(path.c_str(), store), cannot_copy());
   EXPECT_EQ(entries(), std::vector<std::string>{"A=1"});
 }
