@@ -1,4 +1,4 @@
-"""Checks, without running them, the commands meant for the top of the source tree: building, testing, packaging."""
+"""Checks the commands that are meant for the top of the source tree (build, test, package), but does not run them."""
 
 import json
 import os

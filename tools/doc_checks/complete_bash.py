@@ -23,7 +23,7 @@ KEYS = {"tab": "\t", "all": "\x14"}
 
 
 def wait_for(terminal, condition):
-    """Reads what the shell prints until the condition holds for it."""
+    """Reads what the shell prints until the condition is true of the text."""
     printed, end = b"", time.monotonic() + SECONDS
     while not condition(printed):
         if time.monotonic() > end:

@@ -18,7 +18,7 @@ HOST = RUN | KEEP | {"--vhost-name", "--on-off", "--compress", "--email"}
 CATEGORIES = {f"--{name}-logs" for name in ("apache", "nginx", "tavek", "fail2ban", "modsecurity")}
 HELP = {"--help", "-h"}
 
-# What follows the program's name, and the completions of every shell.
+# The text after the program's name, and the completions that every shell offers for it.
 ALL = [
     ("", HOSTS),
     ("exa", {"example.com", "example.net", "example.org"}),
@@ -79,7 +79,7 @@ PREVIEW = [
     ("--exit-code example.com on by_time ", PERIODS),
     ("--exit-code -K -", HOST - KEEP | CATEGORIES | HELP),
 ]
-# What follows the program's name, and what zsh and fish say about it.
+# The text after the program's name, and the explanation that both zsh and fish show.
 SAID_BY_BOTH = [
     ("--on-off=", "remove the file and forget its settings"),
     ("example.com ", "write the file without compression and mail address"),
@@ -92,7 +92,7 @@ SAID = {
             ("example.com on by_size ", "size, such as 10M")],
     "fish": [("--rot-co", "Copies with a higher number are deleted, without this option all")],
 }
-# What follows the program's name, and the completed line in bash.
+# The text after the program's name, and the completed line in bash.
 BASH_LINES = [
     ("shop", "shop.museum "),
     ("'shop", "'shop.museum' "),
@@ -112,7 +112,7 @@ class Shell:
         self.name, self.command, self.machine = name, command, machine
 
     def complete(self, line):
-        """Returns the completions and what the shell says about them."""
+        """Returns the completions, and the explanations that the shell shows."""
         status, printed = self.machine.run(*self.command, line)
         if status != 0:
             raise ValueError(f"exit status {status}: {printed}")

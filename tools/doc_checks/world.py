@@ -1,4 +1,4 @@
-"""The sandbox in which a document's commands run: one per document, so that each block finds the files of earlier ones."""
+"""Sandboxes for the commands of documents: one per document, so that each block finds the files of earlier blocks."""
 
 import pathlib
 import re
@@ -9,7 +9,8 @@ import tempfile
 TOP = pathlib.Path(__file__).resolve().parent.parent.parent
 PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 SECONDS = 300
-# In the sandbox /usr is that of the machine and read-only, so a folder with the installed documents is mounted over theirs.
+# In the sandbox /usr is that of the machine and read-only, so a folder with the installed documents is mounted over
+# /usr/share/doc.
 MOUNT = 'mount --bind /opt/doc /usr/share/doc && exec "$@"'
 # Runs after each command of a console. Puts the exit status between two record separators; no document contains that
 # character.

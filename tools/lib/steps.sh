@@ -22,7 +22,7 @@ report_progress() {
   done
 }
 
-# step NAME COMMAND [ARG ...]: runs the command with its output in a log; prints the end of the log when it fails.
+# step NAME COMMAND [ARG ...]: runs the command with its output in a log. If it fails, prints the end of the log.
 step() {
   local name=$1 log=$logs/${1// /-}.log start=$SECONDS status=0 reporter
   shift
