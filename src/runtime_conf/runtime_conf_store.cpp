@@ -97,8 +97,8 @@ std::uint64_t slots_of(const RuntimeConf* store) {
 
 // Returns the slot of `name`, or a free slot if the name is not defined. At least half of the slots are free.
 RuntimeConfSlot* slot_of(const RuntimeConf* store, const char* name, std::uint64_t hash) {
-  for (std::uint64_t i = hash % slots_of(store);; i = (i + 1) % slots_of(store)) {
-    RuntimeConfSlot* const slot = &store->index[i];
+  for (std::uint64_t i = hash;; ++i) {
+    RuntimeConfSlot* const slot = &store->index[i % slots_of(store)];
     if (slot->entry == nullptr || (slot->hash == hash && strcmp(slot->entry->name, name) == 0)) {
       return slot;
     }

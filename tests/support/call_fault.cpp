@@ -76,6 +76,11 @@ int fchmod(int fd, mode_t mode) noexcept {
   return CallFault::strikes(Call::fchmod) ? -1 : fchmod_next(fd, mode);
 }
 
+FILE* fdopen(int fd, const char* modes) noexcept {
+  static auto* const fdopen_next = next<FILE*(int, const char*)>("fdopen");
+  return CallFault::strikes(Call::fdopen) ? nullptr : fdopen_next(fd, modes);
+}
+
 pid_t fork() noexcept {
   static auto* const fork_next = next<pid_t()>("fork");
   return CallFault::strikes(Call::fork) ? -1 : fork_next();

@@ -12,7 +12,22 @@
 namespace tavek {
 
 /// The functions that can fail; `allocation` stands for malloc, calloc, realloc and strdup.
-enum class Call { allocation, close, fchmod, fork, fstat, fsync, getdelim, lseek, mkostemp, open, read, remove, write };
+enum class Call {
+  allocation,
+  close,
+  fchmod,
+  fdopen,
+  fork,
+  fstat,
+  fsync,
+  getdelim,
+  lseek,
+  mkostemp,
+  open,
+  read,
+  remove,
+  write
+};
 
 /// Strikes one call to a function: the `nth` call after the construction of this object, by default the first. Only one
 /// fault may exist at a time.

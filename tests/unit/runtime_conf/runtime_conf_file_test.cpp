@@ -159,6 +159,15 @@ TEST_F(RuntimeConfFile, ReportsAReadError) {
   EXPECT_EQ(take_reports(), (Reports{{12, "Unable to read configuration file: Is a directory"}}));
 }
 
+TEST_F(RuntimeConfFile, ClosesAFileThatCannotBecomeAStream) {
+  const std::ptrdiff_t before = open_descriptors();
+  const CallFault stream(Call::fdopen, ENOMEM);
+  EXPECT_EQ(read("KEY value\n"), -1);
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_EQ(take_reports().size(), 1U);
+  EXPECT_EQ(open_descriptors(), before);
+}
+
 TEST_F(RuntimeConfFile, SortsTheLinesBeforeAReadError) {
   const CallFault third(Call::getdelim, ENOMEM, 3);
   errno = 0;
