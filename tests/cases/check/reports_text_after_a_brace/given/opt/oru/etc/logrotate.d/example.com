@@ -1,0 +1,3 @@
+/var/log/x {
+	missingok
+	} daily
