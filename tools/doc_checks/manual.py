@@ -21,6 +21,12 @@ def options_of_manual(text):
     return found
 
 
+def options_of_docstring(script):
+    """Returns the options that are explained in the docstring of a script, one per line."""
+    lines = re.findall(r"^  (-.*?)  ", script.split('"""')[1], re.M)
+    return {word for line in lines for word in re.split(r", | ", line) if word.startswith("-")}
+
+
 def keys_of_source(text):
     root = re.search(r'^#define PRODUCT_ROOT "(.*)"$', text, re.M)[1]
     text = text.replace('PRODUCT_ROOT "', f'"{root}').replace("PRODUCT_ROOT}", f'"{root}"}}')
