@@ -1,4 +1,4 @@
-# bash completion for tavek-logrotate and its preview      -*- shell-script -*-
+# bash completion for tavek-logrotate, its preview and its check   -*- shell-script -*-
 
 # Adds the words that begin with what is typed, quoted in the same way. Unlike compgen -W this expands nothing in them.
 # Readline keeps an opening quote, so the replies do not contain it.
@@ -154,3 +154,15 @@ _tavek_logrotate() {
         _tavek_logrotate_position
     fi
 } && complete -F _tavek_logrotate tavek-logrotate tavek-logrotate-preview
+
+_tavek_logrotate_check() {
+    local cur prev words cword split status=''
+    _init_completion -s || return
+    if [[ $prev == --config ]]; then
+        _filedir
+    elif [[ $cur == -* ]]; then
+        _tavek_logrotate_words --json --config --help -h
+    else
+        _tavek_logrotate_hosts
+    fi
+} && complete -F _tavek_logrotate_check tavek-logrotate-check

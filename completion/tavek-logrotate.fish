@@ -94,7 +94,8 @@ function __tavek_logrotate_uses
     contains -- $argv[1] $uses; and not contains -- $argv[1] $used
 end
 
-# The hosts that have a rotation file, for "on" also those that have only a folder, or any file after a slash.
+# The hosts that have a rotation file, for "on" and with the argument "all" also those that have only a folder, or any file
+# after a slash.
 function __tavek_logrotate_hosts
     if string match -rq '^(--vhost-name=)?/' -- (commandline -ct)
         __fish_complete_path (string replace -- --vhost-name= '' (commandline -ct))
@@ -104,7 +105,7 @@ function __tavek_logrotate_hosts
         set -l name (path basename $file)
         __tavek_logrotate_has_file $name; and printf '%s\thost with a rotation file\n' $name
     end
-    contains -- (__tavek_logrotate_scan)[3] '' on true; or return
+    test "$argv" = all; or contains -- (__tavek_logrotate_scan)[3] '' on true; or return
     set -l key '^\s*HTTPD_VHOSTS_D\s+([^#]*[^#\s]).*'
     set -l vhosts (string replace -rf $key '$1' </etc/oru/oru.conf 2>/dev/null)
     set -q vhosts[1]; or set vhosts /var/www/vhosts

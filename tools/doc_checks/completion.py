@@ -79,6 +79,12 @@ PREVIEW = [
     ("--exit-code example.com on by_time ", PERIODS),
     ("--exit-code -K -", HOST - KEEP | CATEGORIES | HELP),
 ]
+CHECK = [
+    ("exa", {"example.com", "example.net", "example.org"}),
+    ("example.com example.net s", {"shop.museum"}),
+    ("example.com example.net od", {"odd host"}),
+    ("-", {"--json", "--config", "--help", "-h"}),
+]
 # The text after the program's name, and the explanation that both zsh and fish show.
 SAID_BY_BOTH = [
     ("--on-off=", "remove the file and forget its settings"),
@@ -153,8 +159,10 @@ def prepare(machine):
         (machine.root / "var/hosts/system" / name).mkdir(parents=True)
     (machine.root / "etc/oru/oru.conf").write_text("HTTPD_VHOSTS_D /var/elsewhere\nHTTPD_VHOSTS_D /var/hosts # moved\n")
     for source, target in (("completion/tavek-logrotate.bash", "completions/tavek-logrotate"),
+                           ("completion/tavek-logrotate.bash", "completions/tavek-logrotate-check"),
                            ("completion/tavek-logrotate.bash", "completions/tavek-logrotate-preview"),
                            ("completion/_tavek-logrotate", "_tavek-logrotate"),
+                           ("completion/tavek-logrotate-check.fish", "tavek-logrotate-check.fish"),
                            ("completion/tavek-logrotate-preview.fish", "tavek-logrotate-preview.fish"),
                            ("completion/tavek-logrotate.fish", "tavek-logrotate.fish"),
                            ("tools/doc_checks/complete_bash.py", "complete_bash.py"),
@@ -174,7 +182,8 @@ def checks(machine, options):
     for shell in shells:
         yield f"{shell.name}: the options of the usage text", shell.problems("tavek-logrotate -", options)
         yield f"{shell.name}: the options of a preview", shell.problems("tavek-logrotate-preview -", options | {"--exit-code"})
-        for command, cases in (("tavek-logrotate ", ALL), ("sudo tavek-logrotate ", SUDO), ("tavek-logrotate-preview ", PREVIEW)):
+        for command, cases in (("tavek-logrotate ", ALL), ("sudo tavek-logrotate ", SUDO), ("tavek-logrotate-preview ", PREVIEW),
+                               ("tavek-logrotate-check ", CHECK)):
             for typed, expected in cases:
                 yield f"{shell.name}: {command}{typed}", shell.problems(command + typed, expected)
     for shell in (zsh, fish):
