@@ -9,15 +9,17 @@ install(TARGETS tavek-logrotate RUNTIME DESTINATION /opt/oru/admin/sbin)
 install(DIRECTORY DESTINATION /opt/oru/etc/logrotate.d)
 # The command `tavek-logrotate` starts the program by a path with a slash. If the program were started by a bare name,
 # --system-logs would first look for it in the current directory.
-install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-preview DESTINATION "${CMAKE_INSTALL_SBINDIR}")
+install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-check commands/tavek-logrotate-preview
+  DESTINATION "${CMAKE_INSTALL_SBINDIR}")
 install(FILES examples/skip-temporary-files.conf DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
-install(FILES man/tavek-logrotate.8 man/tavek-logrotate-preview.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
+install(FILES man/tavek-logrotate.8 man/tavek-logrotate-check.8 man/tavek-logrotate-preview.8
+  DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
 install(FILES man/oru.conf.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
 # bash-completion finds a file by the name of the command.
-foreach(command tavek-logrotate tavek-logrotate-preview)
+foreach(command tavek-logrotate tavek-logrotate-check tavek-logrotate-preview)
   install(FILES completion/tavek-logrotate.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
     RENAME ${command})
 endforeach()
 install(FILES completion/_tavek-logrotate DESTINATION "${TAVEK_ZSH_COMPLETIONS}")
-install(FILES completion/tavek-logrotate.fish completion/tavek-logrotate-preview.fish
+install(FILES completion/tavek-logrotate.fish completion/tavek-logrotate-check.fish completion/tavek-logrotate-preview.fish
   DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
