@@ -6,8 +6,8 @@ namespace tavek {
 /// if there is nothing to do or only help is printed. Throws an exception derived from std::exception on any failure.
 /// An existing rotation file is then unchanged, unless only the sync of its directory failed. A missing rotation file
 /// may have been created empty, and rotated copies may have been deleted. With --system-logs, the files of the
-/// categories that were finished keep their new contents. If only the rename failed, the complete new file remains
-/// beside the old one.
+/// categories processed before the failure keep their new contents. If only the rename failed, the complete new file
+/// remains beside the old one.
 void run(int argc, const char* const* argv);
 
 } // namespace tavek

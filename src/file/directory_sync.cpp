@@ -21,7 +21,8 @@ bool nothing_to_open(int error) {
   return error == EACCES || error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
 }
 
-// File systems that do not sync directories return EINVAL or EROFS; network and FUSE file systems return the others.
+// File systems that do not sync directories return EINVAL or EROFS. Network and FUSE file systems return EOPNOTSUPP or
+// ENOSYS.
 bool nothing_to_sync(int error) {
   return error == EINVAL || error == EROFS || error == EOPNOTSUPP || error == ENOSYS;
 }

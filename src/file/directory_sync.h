@@ -1,6 +1,7 @@
 #pragma once
 
-// Makes changes to a directory survive a power loss. POSIX does not require fsync of a file to sync its name.
+// Makes changes to a directory survive a power loss. POSIX does not guarantee that fsync on a file also syncs the
+// directory entry that names it.
 
 #include <string>
 

@@ -52,7 +52,8 @@ int FileReplacement::create() {
       output_.fail(errno);
     }
   } else {
-    // When mkostemp fails, the path still contains the name it tried; opening that directly may work.
+    // If mkostemp fails, the path contains either the template itself or the last name that mkostemp tried. Opening
+    // this name without mkostemp may still work.
     fd = FileDescriptor(::open(temp_path_.get(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kMode));
     if (!fd.is_open()) {
       return errno;

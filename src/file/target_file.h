@@ -20,8 +20,9 @@ void refuse_special_file(const std::string& path, const struct stat& status);
 /// link to a special file, or an immutable file. A file that is missing or cannot be examined passes.
 void refuse_irreplaceable(const std::string& path);
 
-/// Creates an empty file, mode 0644 under the umask 022, if there is none. Ignores failures: reading or replacing the
-/// file reports what is wrong, and neither needs permission to write to it.
+/// Creates an empty file, mode 0644 under the umask 022, if there is none. Failures are ignored. If the file cannot be
+/// read or replaced, a later step reports the reason. An existing file that is not writable can still be read and
+/// replaced.
 void create_if_missing(const std::string& path);
 
 } // namespace tavek

@@ -30,7 +30,8 @@ void log_vconsole(int level, const char* format, va_list args) __attribute__((fo
 void log_syslog(int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void log_vsyslog(int level, const char* format, va_list args) __attribute__((format(printf, 2, 0)));
 
-/// Sends a report to syslog with the trace id and ": " as its prefix, truncated to 8191 bytes.
+/// Sends a report to syslog, prefixed with the trace id and ": ". The prefix and the report together are truncated to
+/// 8191 bytes.
 void log_syslog_traced(int level, const char* format, va_list args) __attribute__((format(printf, 2, 0)));
 
 /// Flag in `log_options`, in addition to syslog's bits: prefix each syslog message with the trace id.

@@ -11,8 +11,9 @@ namespace tavek {
 /// is unused.
 int print_message(const char* text, int status, int flags = 0);
 
-/// Formats a message and prints it with print_message(). If errno is set on entry, appends "\nSystem error N: TEXT",
-/// unless that does not fit after the message in 4096 bytes. Returns only if `status` is 0. `flags` is unused.
+/// Formats a message and prints it with print_message(). If errno is not 0 on entry, appends
+/// "\nSystem error N: TEXT" if the message and this text together fit in 4096 bytes. Returns only if `status` is 0.
+/// `flags` is unused.
 void die_message(int status, int flags, const char* format, ...) __attribute__((format(printf, 3, 4)));
 void vdie_message(int status, int flags, const char* format, va_list args) __attribute__((format(printf, 3, 0)));
 

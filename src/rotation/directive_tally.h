@@ -17,10 +17,10 @@ struct DirectiveTally {
   int missingoks = 0;                ///< missingok written.
   int anonymizers = 0;               ///< Anonymizing commands written, with or without a postrotate block.
   bool copytruncate_pending = false; ///< The current stanza has no copytruncate yet.
-  std::string last_period;           ///< The period setting at the last write of a period in the current stanza, even
-                                     ///< if that write copied the file's own line; otherwise empty.
-  bool need_period = false;          ///< The need_ flags are set after a first pass that never wrote the directive,
-  bool need_rotate = false;          ///< and make the second pass write it after each stanza head.
+  std::string last_period;           ///< The period setting when a period was last written in the current stanza. A
+                                     ///< copied line counts as written. Empty until then.
+  bool need_period = false;          ///< The need_ flags are set after a first pass that never wrote the directive.
+  bool need_rotate = false;          ///< They make the second pass write it after each stanza head.
   bool need_compress = false;
   bool need_mail = false;
   bool stanza_targeted = true; ///< Whether the current stanza may get a new postrotate block.

@@ -5,9 +5,9 @@
 
 namespace tavek {
 
-/// Finds where a stanza head ends. A head runs from any '/' outside a stanza, over everything but '{', to a '{' that
-/// ends its line. The finder remembers the last '{' that it found, so a million slashes before the same brace cost only
-/// one search. A search from each slash would take minutes for 1 MiB of slashes.
+/// Finds where a stanza head ends. A head starts at any '/' outside a stanza and ends at the next '{', which must be
+/// the last character of its line. The finder remembers the last '{' that it found, so a million slashes before the
+/// same brace cost only one search. A search from each slash would take minutes for 1 MiB of slashes.
 class StanzaHeadFinder {
 public:
   /// Returns the length of the head at the start of `text`, its newline included, or 0 if none starts there. `text` is
