@@ -41,7 +41,7 @@ sigset_t set_of(int signal) {
   return set;
 }
 
-// Returns whether the signal was pending, and makes it no longer pending.
+// Returns whether the signal was pending, and consumes it if it was.
 bool take_pending(int signal) {
   const sigset_t set = set_of(signal);
   constexpr timespec immediately{};

@@ -180,7 +180,7 @@ TEST_F(FileReplacementTest, OpensTheTemplateItselfIfNoRandomNameIsAvailable) {
   EXPECT_EQ(mode_of(target), 0644U);
 }
 
-TEST_F(FileReplacementTest, EmptiesAnExistingFileUnderTheNameOfTheTemplate) {
+TEST_F(FileReplacementTest, EmptiesAnExistingFileNamedLikeTheTemplate) {
   directory.write("target.XXXXXX", "longer than the new content");
   const CallFault fault(Call::mkostemp, EEXIST);
   FileReplacement replacement(target);
@@ -188,8 +188,8 @@ TEST_F(FileReplacementTest, EmptiesAnExistingFileUnderTheNameOfTheTemplate) {
   EXPECT_EQ(content_of(target), "new");
 }
 
-// Anyone can predict that name.
-TEST_F(FileReplacementTest, FollowsNoLinkUnderTheNameOfTheTemplate) {
+// Anyone can predict the name of the template.
+TEST_F(FileReplacementTest, DoesNotFollowALinkNamedLikeTheTemplate) {
   directory.write("pointee", "kept");
   std::filesystem::create_symlink("pointee", target + ".XXXXXX");
   {

@@ -92,7 +92,8 @@ TEST_F(TargetFile, IsUnchangedIfItExists) {
   EXPECT_EQ(mode_of(path), 0600U);
 }
 
-// Reading or replacing the file reports what is wrong, and neither needs permission to write to it.
+// If the file cannot be read or replaced, a later step reports it. A file that is not writable can still be read and
+// replaced.
 TEST_F(TargetFile, IsLeftAloneIfItCannotBeCreatedOrWritten) {
   create_if_missing(directory / "missing/target");
   create_if_missing(directory.path());

@@ -64,7 +64,7 @@ TEST_F(LogConsole, AddsANewlineEvenAfterANewline) {
   EXPECT_EQ(written_by([] { log_console(3, "line\n"); }), on_both_streams("line\n\n"));
 }
 
-TEST_F(LogConsole, AlsoComparesLevelsThatAreHigherThanThoseOfSyslog) {
+TEST_F(LogConsole, AppliesTheThresholdToLevelsAboveThoseOfSyslogToo) {
   log_state().log_threshold = 11;
   EXPECT_EQ(report_at(12), Writes{});
   log_state().log_threshold = 12;

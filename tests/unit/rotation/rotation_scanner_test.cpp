@@ -1,4 +1,5 @@
-// tests/property tests what each rule matches: it compares the scanner with a plain implementation of its rules.
+// What each rule matches is tested in tests/property, where the scanner is compared with a plain implementation of its
+// rules.
 
 #include "rotation/rotation_scanner.h"
 

@@ -137,8 +137,8 @@ TEST_F(RuntimeConfFileMemory, ReportsAStoreThatCannotBeAllocated) {
   expect_failure(runtime_conf_load(), no_store());
 }
 
-// If an allocation fails, the load fails and the next load succeeds. The only exception is the index: it is built
-// twice, and a load succeeds without it.
+// If an allocation fails, the load fails and the next load succeeds. The only exceptions are the two
+// allocations of the index, which is built twice during a load: the load succeeds without an index.
 TEST_F(RuntimeConfFileMemory, LoadsTheWholeFileOrNothing) {
   std::string content;
   for (int i = 0; i < 25; ++i) {
