@@ -9,7 +9,7 @@
 
 namespace tavek {
 
-/// If the strings differ, prints a message and both strings and aborts.
+/// If the strings differ, prints a message and both strings, then aborts.
 inline void expect_same(std::string_view what, std::string_view expected, std::string_view actual) {
   if (expected == actual) {
     return;

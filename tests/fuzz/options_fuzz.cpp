@@ -32,8 +32,9 @@ std::vector<std::string> split(std::string_view input) {
   return arguments;
 }
 
-// If help is requested, parse_options() only prints the usage text. Any prefix of its long name selects it, and its
-// short name may be combined with others in one argument. The library reads "---h" as the short name too.
+// If help is requested, parse_options() only prints the usage text. The help option may be given as any prefix of
+// --help (at least --h), and -h may be combined with other short options in one argument. The library reads "---h" as
+// -h too.
 bool may_ask_for_help(const std::string& argument) {
   return argument.starts_with("--h") || argument.starts_with("---h") ||
          (argument.starts_with("-") && !argument.starts_with("--") && argument.find('h') != std::string::npos);

@@ -57,8 +57,8 @@ std::vector<Alphabet> alphabets() {
        {"/", "x", "/anonymize_ip", "anonymize_ip", "endscript", " ", "\t", "\n", "\r", "\0"sv, "}"}, 3, 5},
   };
   // clang-format on
-  // Each managed word with the bytes that may precede and follow it on its line. Inputs without a newline after the
-  // word end in an unfinished line.
+  // Each managed word with the bytes that may precede and follow it on its line. If an input has no newline after the
+  // word, its last line is unfinished.
   for (const auto* word : {"size", "daily", "weekly", "monthly", "rotate", "compress", "missingok", "copytruncate",
                            "mail", "mailfirst", "maillast", "postrotate"}) {
     all.push_back({word, kStanza, {word, "no", " ", "\t", "\n", "\r", "\0"sv, "}", "x"}, 3, 5});

@@ -20,7 +20,7 @@ ROTATE = ("logrotate", "-f", "-s", "/tmp/logrotate.state", CONFIGURATION)
 
 
 class HostWriters:
-    """Threads that rewrite the files of all hosts repeatedly, each host by one thread."""
+    """Threads that repeatedly rewrite the files of all hosts. Each host is rewritten by only one of them."""
 
     def __init__(self):
         self.failed = []
@@ -50,7 +50,10 @@ def log_of(name):
 
 
 def rotate_once(text):
-    """Gives every log this content and rotates them all. Returns the result, if it failed, and the unrotated logs."""
+    """Gives every log this content and rotates all logs.
+
+    Returns the result of logrotate if the run failed, otherwise None. Also returns the hosts whose logs were not rotated.
+    """
     for name in NAMES:
         put(log_of(name), text)
     result = run(ROTATE)

@@ -46,7 +46,7 @@ def errors_of(call):
 
 
 def signals_of(call, number):
-    """KILL, every other named signal and two real-time signals, which depend on the number of the call in its run."""
+    """KILL, every other named signal and two real-time signals. The number of the call in its run selects these two."""
     real_time = [REAL_TIME_SIGNALS[i % len(REAL_TIME_SIGNALS)] for i in (2 * number, 2 * number + 1)]
     return [Fault(call.name, f"signal={signal_name(one)}", str(call.ordinal), one, False, False)
             for one in [signal.SIGKILL, *NAMED_SIGNALS, *real_time]]
@@ -59,8 +59,8 @@ def injection_of(fault):
 def lasting(fault, result):
     """The same fault at all later calls too, or None if the run with the single fault had no later call.
 
-    The run must still be able to write its message, so the repeated fault ends before that call. A repeated EINTR ends
-    after ten calls.
+    The run must still be able to write its message, so the repeated fault ends before the call that writes it. A
+    repeated EINTR ends after ten calls.
     """
     first = int(fault.when)
     calls = [call for call in calls_of(result.trace) if call.name == fault.name and call.ordinal > first]
