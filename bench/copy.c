@@ -1,4 +1,4 @@
-/* What reading and writing alone cost: copies a file by reads and writes of 64 KiB, without looking at a byte. */
+/* Shows the cost of reading and writing alone: copies a file in pieces of 64 KiB without examining its contents. */
 
 #include <fcntl.h>
 #include <unistd.h>

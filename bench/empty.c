@@ -1,3 +1,3 @@
-/* What starting a program costs. */
+/* Shows the cost of starting a program. */
 
 int main(void) { return 0; }

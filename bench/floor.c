@@ -1,11 +1,10 @@
-/* The floor: the least that one run can cost on a machine. A static C program that makes the same system calls for the
-   same edit as
+/* The floor: the lowest possible cost of one run on a machine. A minimal static C program that makes the same edit as
 
        tavek-logrotate NAME on by_time PERIOD COUNT true
 
-   makes of a file whose stanzas lack nothing: it reads the configuration file, looks for surplus copies of logs under
-   six patterns, and replaces the file by a copy with the new values. It reads no options, checks no value, and a
-   failure just ends it. It is a yardstick, not something to use. */
+   in a file whose stanzas lack no directive. It reads the configuration file, searches six patterns for surplus copies
+   of logs, and replaces the file with a copy that has the new values. It has no options, checks no values and reports
+   no errors. It is only a reference for measurements, not a usable program. */
 
 #define _GNU_SOURCE
 #include <fcntl.h>
@@ -84,7 +83,7 @@ static void read_input(const char *path) {
   close(fd);
 }
 
-/* Copies the line from `line` up to `next`, or what stands in its place. */
+/* Writes the line from `line` up to `next`, or its replacement. */
 static void rewrite_line(const char *line, const char *next, const char *period, const char *count) {
   if (BEGINS(line, "\tdaily\n") || BEGINS(line, "\tweekly\n") || BEGINS(line, "\tmonthly\n")) {
     end = stpcpy(stpcpy(stpcpy(end, "\t"), period), "\n");

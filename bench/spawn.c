@@ -1,10 +1,10 @@
-/* Runs a command some times, one run after another, and prints what a run takes on average: microseconds of wall time,
-   microseconds of user and system time, page faults, and the peak memory of the largest run in KiB.
+/* Runs a command COUNT times, one run after another. Prints the average wall time of a run, its average user and
+   system time (both in microseconds), its average number of page faults, and the peak memory of the largest run in KiB.
 
        spawn COUNT PROGRAM [ARGUMENT ...]
 
-   A '%d' in the first argument becomes the number of the run, from 0 on. It is small and static itself, because a child
-   counts the memory of the process that started it as its own until it has its own program. */
+   A '%d' in the first argument is replaced with the number of the run, starting at 0. This program is itself small and
+   static: until a child executes its own program, the memory of its parent counts as the memory of the child. */
 
 #include <stdio.h>
 #include <stdlib.h>

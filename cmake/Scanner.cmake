@@ -1,7 +1,7 @@
 find_package(FLEX 2.6 REQUIRED)
 
-# Builds one flex rule file as a separate object library: generated code must compile with most of the compiler's usual
-# warnings, but not with our stricter ones.
+# Builds one flex rule file as a separate object library, because generated code is compiled with most of the usual
+# warnings but without our stricter ones.
 function(tavek_scanner target rules)
   cmake_path(GET rules STEM stem)
   set(generated "${CMAKE_CURRENT_BINARY_DIR}/${stem}.cpp")

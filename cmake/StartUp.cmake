@@ -1,4 +1,4 @@
-# Makes a static program start faster, if the linker and the C library can.
+# Makes a static program start faster if the linker and the C library support this.
 include(CheckCXXSourceCompiles)
 
 # Packed relocations of a position-independent program take a thirtieth of the space of ordinary ones. The linker and
