@@ -12,6 +12,7 @@ install(DIRECTORY DESTINATION /opt/oru/etc/logrotate.d)
 install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-check commands/tavek-logrotate-preview
   DESTINATION "${CMAKE_INSTALL_SBINDIR}")
 install(FILES examples/skip-temporary-files.conf DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
+install(DIRECTORY contrib/ansible/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/ansible")
 install(FILES man/tavek-logrotate.8 man/tavek-logrotate-check.8 man/tavek-logrotate-preview.8
   DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
 install(FILES man/oru.conf.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
