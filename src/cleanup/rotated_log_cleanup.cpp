@@ -71,7 +71,7 @@ std::optional<std::string> suffix_of(std::string_view path) {
 }
 
 // Returns the suffix as a number. If it is not a number, reports it and returns nothing. std::out_of_range is
-// deliberately not caught: no rotation makes so large a number, so a person should look before more is deleted.
+// deliberately not caught: no rotation produces a number this large, so a person should look before more is deleted.
 std::optional<int> parse_number(const std::string& suffix, const std::string& path) {
   try {
     std::size_t parsed = 0;

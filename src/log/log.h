@@ -39,7 +39,7 @@ inline constexpr int kLogTraced = 64;
 /// Flag in a level argument: TAVEK_LOG_LEVEL may raise the threshold.
 inline constexpr int kLogLevelFromEnvironment = 8;
 
-/// The state of the facility, with its values at process start.
+/// The logging state, with its values at process start.
 struct LogState {
   LogHook log_hook = log_console;        ///< The sink for every report.
   LogVHook log_vhook = log_vconsole;     ///< The same, for callers that have a va_list.
@@ -55,7 +55,7 @@ struct LogState {
 /// The state of this process.
 LogState& log_state();
 
-/// Configures the facility. With a `destination`, which is borrowed and must remain valid, reports go to the console
+/// Configures logging. With a `destination`, which is borrowed and must remain valid, reports go to the console
 /// sink. With a null destination they go to syslog under `ident` or, if that is null, under the program's short
 /// invocation name; LOG_PID is always on. With kLogTraced in `options` the trace id is read from TAVEK_LOG_TRACE_ID, or
 /// created and stored there so that child processes share it. Finally calls log_set_level(level). May be called again.

@@ -17,8 +17,8 @@ struct DirectiveTally {
   int missingoks = 0;                ///< missingok written.
   int anonymizers = 0;               ///< Anonymizing commands written, with or without a postrotate block.
   bool copytruncate_pending = false; ///< The current stanza has no copytruncate yet.
-  std::string last_period;           ///< The period setting when a period was last written in the current stanza. A
-                                     ///< copied line counts as written. Empty until then.
+  std::string last_period;           ///< The `value` with which write_period last wrote or passed through a line in
+                                     ///< the current stanza. Empty until then.
   bool need_period = false;          ///< The need_ flags are set after a first pass that never wrote the directive.
   bool need_rotate = false;          ///< They make the second pass write it after each stanza head.
   bool need_compress = false;

@@ -48,9 +48,9 @@ void expected_value(const char* line) {
   log_state().log_hook(kQuietLevel, "Invalid variable definition %s\nExpected a value", line);
 }
 
-// Returns the end of a value. A white-space character sets `mark` if it is null and clears it otherwise; any other
-// character clears it. So trailing white space, including the newline, loses one character if its length is odd and
-// none if it is even. Existing files with trailing blanks depend on this, so it must not change.
+// Returns the end of a value. In a run of white space, the characters set and clear `mark` in turn; any other character
+// clears it. So trailing white space, including the newline, loses one character if its length is odd and none if it
+// is even. Existing files with trailing blanks depend on this, so it must not change.
 char* value_end(char* value) {
   char* mark = nullptr;
   char* at = value + 1;
