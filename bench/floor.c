@@ -2,9 +2,9 @@
 
        tavek-logrotate NAME on by_time PERIOD COUNT true
 
-   in a file whose stanzas lack no directive. It reads the configuration file, searches six patterns for surplus copies
-   of logs, and replaces the file with a copy that has the new values. It has no options, checks no values and reports
-   no errors. It is only a reference for measurements, not a usable program. */
+   in a file whose stanzas lack no directive. It reads the configuration file, uses six patterns to search for surplus
+   copies of logs, and replaces the file with a copy that has the new values. It has no options, checks no values and
+   reports no errors. It is only a reference for measurements, not a usable program. */
 
 #define _GNU_SOURCE
 #include <fcntl.h>

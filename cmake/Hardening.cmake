@@ -11,7 +11,7 @@ if(TAVEK_HARDEN)
     -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -ffunction-sections -fdata-sections)
   target_link_options(tavek_hardening INTERFACE
     -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,separate-code -Wl,--gc-sections)
-  # Indirect jumps may only reach marked places. Only x86 knows the first flag, and only arm64 the second.
+  # Indirect jumps may only reach marked places. The first flag exists only for x86, the second only for arm64.
   foreach(flag IN ITEMS -fcf-protection=full -mbranch-protection=standard)
     string(MAKE_C_IDENTIFIER "TAVEK_HAS${flag}" known)
     check_cxx_compiler_flag(${flag} ${known})

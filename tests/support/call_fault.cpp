@@ -106,8 +106,9 @@ off_t lseek(int fd, off_t offset, int whence) noexcept {
   return CallFault::strikes(Call::lseek) ? -1 : lseek_next(fd, offset, whence);
 }
 
-// In the header the parameter is called `template`, which is a C++ keyword. clang-tidy requires the parameter names of
-// the header, so this function has another name in C++.
+// In the header the parameter of mkostemp is called `template`, which is a C++ keyword. clang-tidy rejects a
+// declaration of mkostemp with another parameter name. So in C++ this function is called temporary_file; its symbol is
+// mkostemp.
 int temporary_file(char* name, int flags) asm("mkostemp");
 
 int temporary_file(char* name, int flags) {

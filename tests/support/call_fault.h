@@ -5,7 +5,8 @@
 //
 // The test program defines the functions of `Call` itself. So a call from the code under test or from the C++ library
 // arrives here first and is passed on unless a fault strikes it. Allocations are different: a definition of malloc
-// would replace the allocator of the address sanitizer, so the linker redirects them, but only in the linked objects.
+// would replace the allocator of the address sanitizer. So the linker redirects the calls to the allocation functions.
+// It does not redirect calls inside shared libraries.
 
 #include <functional>
 
