@@ -53,7 +53,8 @@ class Sweep:
             self.row.check(now == self.new, f"{what}, but the target is not NEW")
         else:
             allowed = (None, b"") if self.before is None else (self.before,)
-            self.row.check(result.status in self.failures and now in allowed, f"{what}, or the target is not OLD")
+            self.row.check(result.status in self.failures and now in allowed,
+                           f"{what}: the exit status is wrong or the target is not OLD")
             self.row.check(result.error.strip() and b"Success" not in result.error, f"{what}: no message")
 
 

@@ -82,7 +82,7 @@ def success_problems(job, fault, result):
 
 
 def failure_problems(job, fault, result, left):
-    found = [] if is_one_line(result.error) else [f"not one line of message: {result.error!r}"]
+    found = [] if is_one_line(result.error) else [f"the error message is not exactly one line: {result.error!r}"]
     if result.status != (2 if result.error == SCANNER_MESSAGE else 1):
         found.append(f"exit status {result.status}")
     if (fault.name, fault.what) == ("read", "error=EINTR"):
@@ -93,5 +93,5 @@ def failure_problems(job, fault, result, left):
         return found + remaining(left)
     # After a failed rename an administrator can still put the new file in place.
     if [get(path) for path in left] != [job.new]:
-        return [*found, f"not one complete temporary file: {left}"]
+        return [*found, f"not exactly one complete temporary file: {left}"]
     return found + mode_problems(left[0])
