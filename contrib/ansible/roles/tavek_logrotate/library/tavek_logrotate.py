@@ -150,7 +150,7 @@ class Failure(Exception):
 
 
 def run(command, *arguments, successes=(0,)):
-    """Returns the finished process. The last line of a program's messages is the reason of its failure."""
+    """Returns the finished process. The last line of a program's messages is the reason for its failure."""
     result = subprocess.run([command, *arguments], stdin=subprocess.DEVNULL, capture_output=True, check=False,
                             encoding="utf-8", errors="backslashreplace")
     if result.returncode not in successes:
@@ -163,8 +163,8 @@ def second_run(entry):
     """Returns what a second run would change, as a diff, or nothing.
 
     The program generates one of a host's stanzas without the anonymizing script and adds the script in the next run.
-    Two runs on a copy of the host's file show whether that will happen. They delete no rotated copies, because the
-    name of the copy is a path.
+    Two runs on a copy of the host's file show whether that will happen. They delete no rotated copies: they name
+    the copied file by its absolute path, and the cleanup then looks for logs below that path, where there are none.
     """
     if not entry.has_stanzas_to_anonymize():
         return ""
@@ -181,7 +181,7 @@ def second_run(entry):
 
 
 def make_plan(entry, preview):
-    """Returns how many runs the entry needs, the diff and the messages of the preview, and the reason of a failure."""
+    """Returns how many runs the entry needs, the diff and the messages of the preview, and the reason for a failure."""
     try:
         shown = run(preview, "--exit-code", *entry.arguments(), successes=(0, CHANGES))
         if shown.returncode != CHANGES:
