@@ -210,8 +210,10 @@ def main():
         },
         supports_check_mode=True,
     )
-    entries = [Entry("host", merge(module.params["host_defaults"], settings)) for settings in module.params["hosts"]]
-    entries += [Entry("category", without_nulls(settings)) for settings in module.params["categories"]]
+    # A variable without a value is null.
+    hosts, host_defaults, categories = (module.params[name] or {} for name in ("hosts", "host_defaults", "categories"))
+    entries = [Entry("host", merge(host_defaults, settings)) for settings in hosts]
+    entries += [Entry("category", without_nulls(settings)) for settings in categories]
     problems = problems_of(entries)
     if problems:
         module.fail_json(msg="\n".join(problems))
