@@ -11,6 +11,7 @@ install(DIRECTORY DESTINATION /opt/oru/etc/logrotate.d)
 # --system-logs would first look for it in the current directory.
 install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-check commands/tavek-logrotate-preview
   DESTINATION "${CMAKE_INSTALL_SBINDIR}")
+install(DIRECTORY companions DESTINATION "${CMAKE_INSTALL_DATADIR}/tavek-logrotate" FILES_MATCHING PATTERN "*.py")
 install(FILES examples/skip-temporary-files.conf DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
 install(DIRECTORY contrib/ansible/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/ansible")
 install(FILES man/tavek-logrotate.8 man/tavek-logrotate-check.8 man/tavek-logrotate-preview.8

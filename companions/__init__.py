@@ -1,0 +1,3 @@
+"""What the companions of tavek-logrotate share. Private: nothing here is an interface for other programs."""
+
+VERSION = "1.0.0"

@@ -1,0 +1,67 @@
+"""What the companions know of the program: its places and names. tests/companions compares them with the program."""
+
+import os
+import subprocess
+import tempfile
+
+from companions.command import Failure
+
+PROGRAM = "/opt/oru/admin/sbin/tavek-logrotate"
+ANONYMIZER = "/opt/oru/admin/sbin/anonymize_ip"
+HOSTS_DIRECTORY = "/opt/oru/etc/logrotate.d"
+SYSTEM_DIRECTORY = "/etc/logrotate.d"
+PANEL_FILE = "/opt/oru/etc/logrotate.conf"
+
+# The word of each category's option, in the order of a run for all categories, and its rotation file.
+CATEGORIES = {
+    "apache": f"{SYSTEM_DIRECTORY}/apache2",
+    "nginx": f"{SYSTEM_DIRECTORY}/nginx",
+    "tavek": PANEL_FILE,
+    "fail2ban": f"{SYSTEM_DIRECTORY}/fail2ban",
+    "modsecurity": f"{SYSTEM_DIRECTORY}/mod_security",
+}
+
+# Below the logs directory of a host, the logs of the stanzas that the program generates, in their order.
+LOG_FAMILIES = ("*.processed", "error_log", "proxy_error_log", "php-fpm_error.log")
+
+
+def target_of(name: str) -> str:
+    """Returns the path of the rotation file that a run for the host or path `name` edits."""
+    return os.path.join(HOSTS_DIRECTORY, name)
+
+
+def without_temporary_suffix(path: str) -> str | None:
+    """Returns the path of the rotation file whose temporary file has this path: without a dot and six characters.
+
+    Returns None for a path that does not end so. A host's name may end so.
+    """
+    name, dot, suffix = path[:-7], path[-7:-6], path[-6:]
+    return name if dot == "." and suffix.isascii() and suffix.isalnum() else None
+
+
+def vhosts_root() -> str:
+    """Returns the root directory of the virtual hosts. Only the program knows how oru.conf defines it."""
+    with tempfile.TemporaryDirectory(prefix="tavek-logrotate.") as directory:
+        path = directory + "/host"
+        try:
+            result = subprocess.run([PROGRAM, path, "keep"], stdin=subprocess.DEVNULL, capture_output=True, check=False)
+        except OSError as error:
+            raise Failure(f"cannot start {PROGRAM}: {error.strerror}") from error
+        if result.returncode != 0:
+            raise Failure(f"{PROGRAM} fails: {os.fsdecode(result.stderr).strip()}")
+        with open(path, errors="surrogateescape", newline="") as file:
+            text = file.read()
+    head, found, _ = text.partition("/system/host/logs/*.processed {")
+    if not found:
+        raise Failure(f"{PROGRAM} generates a file without a path of the virtual hosts")
+    return head.rpartition("allowhardlink\n")[2]
+
+
+def hosts_of_panel(root: str) -> set[str] | None:
+    """Returns the panel's hosts: the directories below `root`/system. Returns None if there is no such directory."""
+    try:
+        with os.scandir(root + "/system") as entries:
+            return {entry.name for entry in entries if not entry.name.startswith(".") and
+                    (entry.is_dir(follow_symlinks=False) or os.path.isdir(entry.path))}
+    except (FileNotFoundError, NotADirectoryError):
+        return None
