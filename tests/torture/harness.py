@@ -1,57 +1,43 @@
 """Common code of the tools that cause faults: it runs workers in sandboxes and counts the results they report."""
 
-import argparse
 import collections
+import contextlib
 import ctypes
 import os
 import pathlib
 import shutil
 import subprocess
-import tempfile
+import sys
 import time
 
 HERE = pathlib.Path(__file__).resolve().parent
-TOP = HERE.parent.parent
+sys.path.insert(0, str(HERE.parent))
+
+from lib.sandbox import TOP, arguments, scratch  # noqa: E402
+
 INSIDE = "/tmp/torture"
 CLONE_NEWNS = 0x20000
 
 
-class Sandbox:
-    """A context manager that owns the scratch folder of a sandbox. Its folder INSIDE is a copy of tests/torture."""
+@contextlib.contextmanager
+def torture_sandbox(program):
+    """A sandbox whose folder INSIDE is a copy of tests/torture."""
+    with scratch(program) as sandbox:
+        shutil.copytree(HERE, sandbox.path(INSIDE), ignore=shutil.ignore_patterns("__pycache__"))
+        yield sandbox
 
-    def __init__(self, program):
-        self.program = os.path.abspath(program)
-        self.root = None
 
-    def __enter__(self):
-        # In memory if possible, where fsync takes no time.
-        memory = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
-        self.root = pathlib.Path(tempfile.mkdtemp(prefix="torture.", dir=memory))
-        self.root.chmod(0o755)
-        shutil.copytree(HERE, self.path(INSIDE), ignore=shutil.ignore_patterns("__pycache__"))
-        return self
+def start_inside(sandbox, script, *arguments):
+    """Starts a Python script of tests/torture in the sandbox."""
+    return start(sandbox.command("python3", f"{INSIDE}/{script}", *arguments))
 
-    def __exit__(self, *_):
-        shutil.rmtree(self.root)
 
-    def path(self, inside):
-        """Converts a path inside the sandbox to the path of the same file outside."""
-        return self.root / inside.lstrip("/")
-
-    def command(self, *command):
-        return [str(TOP / "tools" / "sandbox"), "--program", self.program, str(self.root), *command]
-
-    def start(self, script, *arguments):
-        """Starts a Python script of tests/torture in the sandbox."""
-        return start(self.command("python3", f"{INSIDE}/{script}", *arguments))
-
-    def tracing_problem(self):
-        """Returns the reason why strace cannot run in the sandbox, or an empty string if it can."""
-        if shutil.which("bwrap") is None:
-            return "bwrap is not installed"
-        result = subprocess.run(self.command("strace", "-q", "-o", "/dev/null", "true"),
-                                stdin=subprocess.DEVNULL, capture_output=True, text=True)
-        return "" if result.returncode == 0 else result.stderr.strip() or f"exit status {result.returncode}"
+def tracing_problem(sandbox):
+    """Returns the reason why strace cannot run in the sandbox, or an empty string if it can."""
+    if shutil.which("bwrap") is None:
+        return "bwrap is not installed"
+    result = sandbox.run("strace", "-q", "-o", "/dev/null", "true")
+    return "" if result.returncode == 0 else result.stderr.decode().strip() or f"exit status {result.returncode}"
 
 
 def enter_private_mount_namespace():
@@ -106,8 +92,7 @@ class Tally:
 
 
 def argument_parser(description):
-    parser = argparse.ArgumentParser(description=description, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--program", default=str(TOP / "build" / "release" / "src" / "tavek-logrotate"))
+    parser = arguments(description)
     parser.add_argument("--expect-skips", type=int, default=0)
     return parser
 

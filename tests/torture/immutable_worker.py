@@ -8,7 +8,7 @@ import contextlib
 import subprocess
 import sys
 
-from harness import Sandbox, enter_private_mount_namespace
+from harness import enter_private_mount_namespace, torture_sandbox
 from lab import DAILY, HOSTS, NEW, OLD, TARGET, TOOL, is_one_line, run
 from rows import Skip, row, run_rows
 
@@ -43,8 +43,7 @@ def immutable_file(row):
     problem = enter_private_mount_namespace()
     if problem:
         raise Skip(problem)
-    with Sandbox(PROGRAM) as sandbox:
-        subprocess.run(sandbox.command("true"), check=True)  # Makes the folders.
+    with torture_sandbox(PROGRAM) as sandbox:
         with ext4_on(sandbox.path(HOSTS), sandbox.root / "disk"):
             as_target(row, sandbox)
             behind_link(row, sandbox)

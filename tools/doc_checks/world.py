@@ -1,17 +1,14 @@
 """Sandboxes for the commands of documents: one per document, so that each block finds the files of earlier blocks."""
 
-import pathlib
+import contextlib
 import re
-import shutil
 import subprocess
-import tempfile
 
-TOP = pathlib.Path(__file__).resolve().parent.parent.parent
+from lib.sandbox import TOP, scratch
+
+__all__ = ["TOP", "World"]
 PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 SECONDS = 300
-# In the sandbox /usr is that of the machine and read-only, so a folder with the installed documents is mounted over
-# /usr/share/doc.
-MOUNT = 'mount --bind /opt/doc /usr/share/doc && exec "$@"'
 # Runs after each command of a console. Puts the exit status between two record separators; no document contains that
 # character.
 PRINT_STATUS = "\nprintf '\\036%d\\036' $?\n"
@@ -19,21 +16,17 @@ PRINT_STATUS = "\nprintf '\\036%d\\036' $?\n"
 
 class World:
     def __init__(self, program):
-        self.folder = tempfile.TemporaryDirectory(prefix="docs.", dir="/dev/shm")  # Thousands of syncs are slow on a disk.
-        self.root = pathlib.Path(self.folder.name)
-        self.root.chmod(0o755)
-        sandbox = [str(TOP / "tools" / "sandbox"), "--program", str(program), str(self.root)]
-        subprocess.run(sandbox, check=True)
-        shutil.copytree(TOP / "examples", self.root / "opt/doc/tavek-logrotate/examples")
-        self.start = [*sandbox, "sh", "-c", MOUNT, "sh"]
+        self.stack = contextlib.ExitStack()
+        self.sandbox = self.stack.enter_context(scratch(program))
+        self.root = self.sandbox.root
 
     def close(self):
-        self.folder.cleanup()
+        self.stack.close()
 
     def run(self, *command):
         """Returns the exit status and the output."""
         try:
-            result = subprocess.run([*self.start, *command], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+            result = subprocess.run(self.sandbox.command(*command), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                     stderr=subprocess.STDOUT, timeout=SECONDS, check=False)
         except subprocess.TimeoutExpired:
             return 124, f"still running after {SECONDS} s"
