@@ -12,7 +12,11 @@ install(DIRECTORY DESTINATION /opt/oru/etc/logrotate.d)
 install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-check commands/tavek-logrotate-preview
   DESTINATION "${CMAKE_INSTALL_SBINDIR}")
 install(DIRECTORY companions DESTINATION "${CMAKE_INSTALL_DATADIR}/tavek-logrotate" FILES_MATCHING PATTERN "*.py")
-install(FILES examples/skip-temporary-files.conf DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
+install(FILES logrotate/hosts.conf logrotate/skip-temporary-files.conf
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/tavek-logrotate")
+configure_file(systemd/tavek-logrotate-check.service.in tavek-logrotate-check.service @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/tavek-logrotate-check.service" systemd/tavek-logrotate-check.timer
+  DESTINATION lib/systemd/system)
 install(DIRECTORY contrib/ansible/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/ansible")
 install(FILES man/tavek-logrotate.8 man/tavek-logrotate-check.8 man/tavek-logrotate-preview.8
   DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")

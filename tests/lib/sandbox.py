@@ -37,7 +37,7 @@ SHOWN = {"/usr/local": (), "/usr/sbin": ("logrotate",),
          "/usr/share": ("augeas", "bash-completion", "fish", "perl", "zoneinfo", "zsh")}
 # The parts of the source tree that an installation brings with the program, and their places.
 INSTALLED = {"commands": "/usr/local/sbin", "companions": "/usr/local/share/tavek-logrotate/companions",
-             "examples": "/usr/share/doc/tavek-logrotate/examples"}
+             "logrotate": "/usr/share/tavek-logrotate"}
 ROOT = ("--uid", "0", "--gid", "0", "--cap-add", "ALL")
 USER = ("--uid", "1000", "--gid", "1000", "--cap-drop", "ALL")
 
