@@ -23,7 +23,7 @@ class Report:
             print(("FAILED  " if problems else "ok      ") + _indented(what), flush=True)
         for problem in problems:
             print("        " + _indented(problem), flush=True)
-        self._progress()
+        self.show_progress()
 
     def skip(self, what: str, reason: object) -> None:
         """Counts a check that cannot be made on this machine."""
@@ -37,7 +37,8 @@ class Report:
             return 1
         return SKIPPED if self.skipped else 0
 
-    def _progress(self) -> None:
+    def show_progress(self) -> None:
+        """Prints from time to time how many checks are done."""
         if time.monotonic() >= self._next:
             self._next = time.monotonic() + INTERVAL
             done = self.passed + self.failed + self.skipped

@@ -1,5 +1,6 @@
 """Common code of the tools that cause faults: it runs workers in sandboxes and counts the results they report."""
 
+import argparse
 import collections
 import contextlib
 import ctypes
@@ -9,30 +10,32 @@ import shutil
 import subprocess
 import sys
 import time
+from collections.abc import Callable, Iterator
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent))
 
-from lib.sandbox import TOP, arguments, scratch  # noqa: E402
+from lib.report import Report  # noqa: E402
+from lib.sandbox import Sandbox, scratch  # noqa: E402
 
 INSIDE = "/tmp/torture"
 CLONE_NEWNS = 0x20000
 
 
 @contextlib.contextmanager
-def torture_sandbox(program):
+def torture_sandbox(program: pathlib.Path) -> Iterator[Sandbox]:
     """A sandbox whose folder INSIDE is a copy of tests/torture."""
     with scratch(program) as sandbox:
         shutil.copytree(HERE, sandbox.path(INSIDE), ignore=shutil.ignore_patterns("__pycache__"))
         yield sandbox
 
 
-def start_inside(sandbox, script, *arguments):
+def start_inside(sandbox: Sandbox, script: str, *arguments: str) -> "subprocess.Popen[str]":
     """Starts a Python script of tests/torture in the sandbox."""
     return start(sandbox.command("python3", f"{INSIDE}/{script}", *arguments))
 
 
-def tracing_problem(sandbox):
+def tracing_problem(sandbox: Sandbox) -> str:
     """Returns the reason why strace cannot run in the sandbox, or an empty string if it can."""
     if shutil.which("bwrap") is None:
         return "bwrap is not installed"
@@ -40,7 +43,7 @@ def tracing_problem(sandbox):
     return "" if result.returncode == 0 else result.stderr.decode().strip() or f"exit status {result.returncode}"
 
 
-def enter_private_mount_namespace():
+def enter_private_mount_namespace() -> str:
     """After this call, mounts made by this process and its children are invisible to all other processes.
 
     Returns an empty string, or the reason if this is not possible.
@@ -54,55 +57,39 @@ def enter_private_mount_namespace():
     return ""
 
 
-def start(command):
+def start(command: list[str]) -> "subprocess.Popen[str]":
     return subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True,
                             errors="backslashreplace")
 
 
-class Tally:
-    """Counts the lines "passed COUNT NAME", "FAILED ..." and "SKIPPED ..."; prints all but the first kind."""
+class Tally(Report):
+    """Adds the lines "passed COUNT NAME", "FAILED ..." and "SKIPPED ..." of workers; prints all but the first kind."""
 
-    def __init__(self):
-        self.passed = collections.Counter()
-        self.failed = self.skipped = 0
+    def __init__(self) -> None:
+        super().__init__()
+        self.passed_by_name: collections.Counter[str] = collections.Counter()
 
-    def take_all(self, worker):
+    def take_all(self, worker: "subprocess.Popen[str]") -> None:
+        assert worker.stdout
         for line in worker.stdout:
             if line.startswith("passed "):
                 _, count, name = line.rstrip("\n").split(" ", 2)
-                self.passed[name] += int(count)
+                self.passed_by_name[name] += int(count)
+                self.passed += int(count)
+                self.show_progress()
                 continue
             self.failed += line.startswith("FAILED ")
             self.skipped += line.startswith("SKIPPED ")
             print(line, end="", flush=True)
         if worker.wait() != 0:
-            self.failed += 1
-            print(f"FAILED a worker ended with {worker.returncode}")
-
-    def skip(self, what, reason):
-        self.skipped += 1
-        print(f"SKIPPED {what}: {reason}")
-
-    def finish(self, expected_skips):
-        """Prints the totals and returns the exit status."""
-        print(f"{self.passed.total()} passed, {self.failed} failed, {self.skipped} skipped")
-        if self.skipped != expected_skips:
-            print(f"!!! {self.skipped} skipped, but {expected_skips} expected")
-        return 0 if self.failed == 0 and self.skipped == expected_skips else 1
+            self.tell("a worker", [f"ends with {worker.returncode}"])
 
 
-def argument_parser(description):
-    parser = arguments(description)
-    parser.add_argument("--expect-skips", type=int, default=0)
-    return parser
-
-
-def main(parser, work):
+def main(parser: argparse.ArgumentParser, work: Callable[[argparse.Namespace, Tally], None]) -> int:
     """Runs `work`, which adds to a tally, and returns the exit status. For --help, only prints the help and exits."""
     options = parser.parse_args()
-    subprocess.run([TOP / "tools" / "install-packages", "tests"], check=True)
     tally = Tally()
     begin = time.monotonic()
     work(options, tally)
     print(f"{time.monotonic() - begin:.1f} s")
-    return tally.finish(options.expect_skips)
+    return tally.finish()

@@ -1,6 +1,6 @@
 """One worker of the fault sweep, inside the sandbox: injects faults at its share of the system calls of every job.
 
-Prints FAILED and the problems of each case that fails, and at the end how many cases passed. Arguments: the number of
+Prints FAILED and the problems of each case that fails, and how many cases of each job passed. Arguments: the number of
 this worker, and the number of workers.
 """
 
@@ -50,8 +50,7 @@ def main():
         for number, call in enumerate(job.record()):
             if zlib.crc32(f"{call.name} {call.ordinal}".encode()) % workers == mine:
                 sweep_call(job, call, number)
-    for name, count in passed.items():
-        print(f"passed {count} {name}")
+        print(f"passed {passed[job.name]} {job.name}", flush=True)
 
 
 main()
