@@ -12,7 +12,7 @@ namespace tavek {
 
 namespace {
 
-constexpr std::uint64_t kFirstCapacity = 20;
+constexpr std::size_t kFirstCapacity = 20;
 
 int compare_names(const void* left, const void* right) {
   return strcmp(static_cast<const RuntimeConfEntry*>(left)->name, static_cast<const RuntimeConfEntry*>(right)->name);
@@ -38,9 +38,9 @@ int first_array(RuntimeConf* store) {
 }
 
 // Computes the next capacity and its size in bytes. Returns false on overflow.
-bool next_capacity(const RuntimeConf* store, std::uint64_t& capacity, std::uint64_t& bytes) {
-  std::uint64_t doubled = 0;
-  std::uint64_t stepped = 0;
+bool next_capacity(const RuntimeConf* store, std::size_t& capacity, std::size_t& bytes) {
+  std::size_t doubled = 0;
+  std::size_t stepped = 0;
   if (__builtin_mul_overflow(store->capacity, 2, &doubled) ||
       __builtin_add_overflow(store->count, kFirstCapacity, &stepped)) {
     return false;
@@ -49,14 +49,9 @@ bool next_capacity(const RuntimeConf* store, std::uint64_t& capacity, std::uint6
   return !__builtin_mul_overflow(capacity, sizeof(RuntimeConfEntry), &bytes);
 }
 
-void drop_index(RuntimeConf* store) {
-  free(store->index);
-  store->index = nullptr;
-}
-
 int grow_array(RuntimeConf* store) {
-  std::uint64_t capacity = 0;
-  std::uint64_t bytes = 0;
+  std::size_t capacity = 0;
+  std::size_t bytes = 0;
   if (!next_capacity(store, capacity, bytes)) {
     return out_of_memory("read");
   }
@@ -68,7 +63,6 @@ int grow_array(RuntimeConf* store) {
   std::fill(larger + store->capacity, larger + capacity, RuntimeConfEntry{});
   store->entries = larger;
   store->capacity = capacity;
-  drop_index(store);
   return 0;
 }
 
@@ -83,63 +77,17 @@ RuntimeConfEntry* find_sorted(const RuntimeConf* store, const char* name) {
   return static_cast<RuntimeConfEntry*>(bsearch(&key, store->entries, store->count, sizeof(key), compare_names));
 }
 
-std::uint64_t hash_of(const char* name) {
-  std::uint64_t hash = 14695981039346656037U; // FNV-1a.
-  for (; *name != '\0'; ++name) {
-    hash = (hash ^ static_cast<unsigned char>(*name)) * 1099511628211U;
-  }
-  return hash;
-}
-
-std::uint64_t slots_of(const RuntimeConf* store) {
-  return 2 * store->capacity;
-}
-
-// Returns the slot of `name`, or a free slot if the name is not defined. At least half of the slots are free.
-RuntimeConfSlot* slot_of(const RuntimeConf* store, const char* name, std::uint64_t hash) {
-  for (std::uint64_t i = hash;; ++i) {
-    RuntimeConfSlot* const slot = &store->index[i % slots_of(store)];
-    if (slot->entry == nullptr || (slot->hash == hash && strcmp(slot->entry->name, name) == 0)) {
-      return slot;
-    }
-  }
-}
-
-void add_to_index(RuntimeConf* store, RuntimeConfEntry* entry) {
-  const std::uint64_t hash = hash_of(entry->name);
-  *slot_of(store, entry->name, hash) = {hash, entry};
-}
-
-// Builds the index if there is none. If there is no memory, the store remains without an index.
-void build_index(RuntimeConf* store) {
-  if (store->index == nullptr) {
-    store->index = static_cast<RuntimeConfSlot*>(calloc(slots_of(store), sizeof(RuntimeConfSlot)));
-    for (std::uint64_t i = 0; store->index != nullptr && i < store->count; ++i) {
-      add_to_index(store, &store->entries[i]);
-    }
-  }
-}
-
-RuntimeConfEntry* find_to_replace(RuntimeConf* store, const char* name) {
-  build_index(store);
-  return store->index != nullptr ? slot_of(store, name, hash_of(name))->entry : find_unsorted(store, name);
-}
-
 // Takes ownership of both strings, which are on the heap.
 void define(RuntimeConf* store, char* name, char* value) {
-  RuntimeConfEntry* const next = &store->entries[store->count];
-  if (RuntimeConfEntry* known = find_to_replace(store, name)) {
+  if (RuntimeConfEntry* known = find_unsorted(store, name)) {
     free(known->value);
     known->value = value;
     free(name);
     return;
   }
-  *next = {name, value};
+  store->entries[store->count] = {name, value};
   ++store->count;
   store->sorted = 0;
-  if (store->index != nullptr) {
-    add_to_index(store, next);
-  }
 }
 
 } // namespace
@@ -171,7 +119,6 @@ void runtime_conf_sort(RuntimeConf* store) {
     qsort(store->entries, store->count, sizeof(RuntimeConfEntry), compare_names);
   }
   store->sorted = 1;
-  drop_index(store);
 }
 
 const char* runtime_conf_find(const RuntimeConf* store, const char* name) {
@@ -183,12 +130,11 @@ void runtime_conf_free(RuntimeConf* store) {
   if (store == nullptr) {
     return;
   }
-  for (std::uint64_t i = 0; store->entries != nullptr && i < store->capacity; ++i) {
+  for (std::size_t i = 0; store->entries != nullptr && i < store->capacity; ++i) {
     free(store->entries[i].name);
     free(store->entries[i].value);
   }
   free(store->entries);
-  drop_index(store);
   free(store);
 }
 

@@ -5,7 +5,7 @@
 // C-style: functions return 0, or -1 with errno set. The store owns its memory. Problems are reported through
 // `log_hook`.
 
-#include <cstdint>
+#include <cstddef>
 
 namespace tavek {
 
@@ -19,19 +19,12 @@ struct RuntimeConfEntry {
   char* value;
 };
 
-/// A slot of the hash table that finds a name while a file is read.
-struct RuntimeConfSlot {
-  std::uint64_t hash;
-  RuntimeConfEntry* entry; ///< Borrowed from the array; null if the slot is free.
-};
-
 /// The definitions. A fresh store has all fields zero.
 struct RuntimeConf {
-  RuntimeConfEntry* entries;        ///< Owned array.
-  std::uint64_t capacity;           ///< Entries allocated; unused entries are zero.
-  std::uint64_t count;              ///< Entries in use.
-  std::int32_t sorted;              ///< Non-zero if the entries in use are in ascending strcmp order of name.
-  RuntimeConfSlot* index = nullptr; ///< Owned hash table of the entries in use, or null. It only makes searches faster.
+  RuntimeConfEntry* entries; ///< Owned array.
+  std::size_t capacity;      ///< Entries allocated; unused entries are zero.
+  std::size_t count;         ///< Entries in use.
+  int sorted;                ///< Non-zero if the entries in use are in ascending strcmp order of name.
 };
 
 /// Makes room for one more entry. Allocates 20 entries at first; later doubles the capacity. On failure returns -1 with

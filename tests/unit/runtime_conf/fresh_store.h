@@ -10,7 +10,7 @@
 
 namespace tavek::test {
 
-/// An empty store. The destructor frees it as the loader would. The address sanitizer reports a wrong free.
+/// An empty store. The destructor frees it as the loader would. The address sanitizer reports an invalid free.
 class FreshStore : public RecordedReports {
 protected:
   ~FreshStore() override { runtime_conf_free(store); }
@@ -34,7 +34,7 @@ protected:
   /// The entries in use, in order, each as "NAME=value".
   std::vector<std::string> entries() const {
     std::vector<std::string> all;
-    for (std::uint64_t i = 0; i < store->count; ++i) {
+    for (std::size_t i = 0; i < store->count; ++i) {
       all.push_back(store->entries[i].name + std::string("=") + store->entries[i].value);
     }
     return all;

@@ -70,20 +70,6 @@ TEST_F(RuntimeConfStore, ReplacesTheValueOfAKnownNameInPlace) {
   EXPECT_EQ(entries(), (Entries{"B=3", "A=2"}));
 }
 
-// A linear search for each name would take minutes.
-TEST_F(RuntimeConfStore, DefinesManyNamesInAShortTime) {
-  constexpr int many = 200000;
-  for (const char* value : {"first", "second"}) {
-    for (int i = 0; i < many; ++i) {
-      ASSERT_EQ(runtime_conf_set(("NAME_" + std::to_string(i)).c_str(), value, store), 0);
-    }
-  }
-  EXPECT_EQ(store->count, static_cast<std::uint64_t>(many));
-  runtime_conf_sort(store);
-  EXPECT_EQ(found("NAME_0"), "second");
-  EXPECT_EQ(found("NAME_199999"), "second");
-}
-
 TEST_F(RuntimeConfStore, ReplacesAndAddsAfterSorting) {
   define_numbered(30);
   runtime_conf_sort(store);
