@@ -5,8 +5,6 @@
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
-#include <memory>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,7 +17,6 @@ namespace tavek {
 namespace {
 
 constexpr std::size_t kLargest = INT_MAX - 16; // flex counts the bytes of a buffer and of a token in an int.
-constexpr std::size_t kHugePage = 2097152;     // With huge pages a large file is read in half the time.
 constexpr std::size_t kFirstCapacity = 4096;   // For a file whose size is unknown.
 
 // Handles errors as a generated scanner does: an interrupted read is repeated, and any other error is fatal.
@@ -56,11 +53,6 @@ void ScannerInput::allocate(std::size_t capacity) {
     throw ScannerFatalError("fatal error - scanner input buffer overflow");
   }
   auto larger = std::make_unique_for_overwrite<char[]>(capacity + kEndBytes);
-  void* huge_pages = larger.get();
-  std::size_t aligned_room = capacity; // std::align moves the pointer to the next boundary and reduces this by the gap.
-  if (std::align(kHugePage, kHugePage, huge_pages, aligned_room) != nullptr) {
-    madvise(huge_pages, aligned_room, MADV_HUGEPAGE);
-  }
   std::copy_n(bytes_.get(), size_, larger.get());
   bytes_ = std::move(larger);
   capacity_ = capacity;
