@@ -16,6 +16,7 @@ void rewrite(const RewriteJob& job, FileReplacement& replacement) {
   RotationScanner scanner(context);
   const auto scan_target = [&] {
     ScannerInput input = open_scanner_streams(job, replacement);
+    input.read();
     scanner.scan(input);
   };
   scan_target();

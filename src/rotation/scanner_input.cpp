@@ -8,7 +8,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "file/file_descriptor.h"
 #include "file/target_file.h"
 #include "rotation/scanner_fatal_error.h"
 
@@ -34,17 +33,27 @@ std::size_t read_some(int fd, char* to, std::size_t room) {
 
 } // namespace
 
-ScannerInput::ScannerInput(const std::string& path) {
-  // Without O_NONBLOCK, opening would wait for a writer if a FIFO had just taken the file's place.
-  const FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+// Without O_NONBLOCK, opening would wait for a writer if a FIFO had just taken the file's place.
+ScannerInput::ScannerInput(const std::string& path)
+    : fd_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
   struct stat status {};
-  if (!fd.is_open() || fstat(fd.get(), &status) == -1) {
+  if (!fd_.is_open() || fstat(fd_.get(), &status) == -1) {
     throw failed_to_open(path, errno);
   }
   refuse_special_file(path, status);
+  file_size_ = status.st_size;
+}
+
+void ScannerInput::read() {
   // One byte more than the file has, so that reading finds the end of the file without growing the buffer.
-  allocate(std::max(static_cast<std::size_t>(std::max<off_t>(status.st_size, 0)) + 1, kFirstCapacity));
-  read_all(fd.get());
+  allocate(static_cast<std::size_t>(std::clamp<off_t>(file_size_, kFirstCapacity - 1, kLargest)) + 1);
+  while (const std::size_t got = read_some(fd_.get(), data() + size_, capacity_ - size_)) {
+    size_ += got;
+    if (size_ == capacity_) {
+      allocate(capacity_ * 2);
+    }
+  }
+  std::memset(data() + size_, 0, kEndBytes);
 }
 
 // Moves to a larger block.
@@ -56,16 +65,6 @@ void ScannerInput::allocate(std::size_t capacity) {
   std::copy_n(bytes_.get(), size_, larger.get());
   bytes_ = std::move(larger);
   capacity_ = capacity;
-}
-
-void ScannerInput::read_all(int fd) {
-  while (const std::size_t got = read_some(fd, data() + size_, capacity_ - size_)) {
-    size_ += got;
-    if (size_ == capacity_) {
-      allocate(capacity_ * 2);
-    }
-  }
-  std::memset(data() + size_, 0, kEndBytes);
 }
 
 } // namespace tavek

@@ -48,6 +48,7 @@ void scan(const RewriteJob& job, OutputStream& output) {
   RotationScanner scanner(context);
   const auto scan_source = [&] {
     ScannerInput input(job.config_path);
+    input.read();
     scanner.scan(input);
   };
   scan_source();

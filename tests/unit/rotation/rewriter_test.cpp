@@ -46,8 +46,10 @@ TEST_F(Rewriter, KeepsNothingOfTheFirstPassIfASecondIsNeeded) {
   EXPECT_TRUE(rewritten(unclosed) == unclosed);
 }
 
+// The target is a directory, which can be opened but not read. The temporary file is reported, because both are opened
+// before the target is read.
 TEST_F(Rewriter, NamesTheTemporaryFileThatCannotBeCreated) {
-  directory.write("target", "");
+  job.config_path = directory.path();
   const std::string missing = directory / "missing/target";
   FileReplacement replacement(missing);
   EXPECT_EQ(masked(thrown_by<std::runtime_error>([&] { rewrite(job, replacement); }), missing),

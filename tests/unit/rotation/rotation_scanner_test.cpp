@@ -36,6 +36,7 @@ protected:
     const TemporaryDirectory directory;
     for (const std::string& text : texts) {
       ScannerInput input(directory.write("input", text));
+      input.read();
       scanner.scan(input);
     }
     return output.text();

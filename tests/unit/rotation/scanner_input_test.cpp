@@ -31,12 +31,23 @@ std::string sample(std::size_t size) {
   return bytes;
 }
 
+ScannerInput read(const std::string& path) {
+  ScannerInput input(path);
+  input.read();
+  return input;
+}
+
 class ScannerInputTest : public testing::Test {
 protected:
   // The message of the exception that reading the file throws.
-  template <typename Error>
-  static std::string failure(const std::string& path) {
-    return thrown_by<Error>([&] { ScannerInput{path}; });
+  static std::string read_failure(const std::string& path) {
+    ScannerInput input(path);
+    return thrown_by<ScannerFatalError>([&] { input.read(); });
+  }
+
+  // The message of the exception that opening the file throws.
+  static std::string open_failure(const std::string& path) {
+    return thrown_by<std::runtime_error>([&] { ScannerInput{path}; });
   }
 
   const TemporaryDirectory directory;
@@ -46,13 +57,13 @@ protected:
 TEST_F(ScannerInputTest, ReadsEveryByteOfAFileOfAnySize) {
   for (const std::size_t size : {0U, 1U, 2U, 4093U, 4094U, 4095U, 4096U, 4097U, 8191U, 8192U, 100000U}) {
     const std::string content = sample(size);
-    ScannerInput input(directory.write("file", content));
+    ScannerInput input = read(directory.write("file", content));
     EXPECT_TRUE(bytes_of(input) == content) << size << " bytes";
   }
 }
 
 TEST_F(ScannerInputTest, EndsWithTwoNulBytesThatAreNotCounted) {
-  ScannerInput input(directory.write("file", "abc"));
+  ScannerInput input = read(directory.write("file", "abc"));
   EXPECT_EQ(input.size(), 3U);
   EXPECT_EQ(input.buffer_size(), 5U);
   EXPECT_EQ(std::string(input.data(), 5), std::string("abc\0\0", 5));
@@ -66,7 +77,7 @@ TEST_F(ScannerInputTest, ReadsToTheEndOfAFileThatGrowsDuringTheRead) {
     std::ofstream(path, std::ios::binary | std::ios::app) << more;
     return 0;
   });
-  ScannerInput input(path);
+  ScannerInput input = read(path);
   EXPECT_TRUE(growth.happened());
   EXPECT_TRUE(bytes_of(input) == content + more);
   EXPECT_EQ(std::string(input.data() + input.size(), 2), std::string(2, '\0'));
@@ -78,7 +89,7 @@ TEST_F(ScannerInputTest, ReadsAFileThatIsTruncatedDuringTheRead) {
     std::filesystem::resize_file(path, 10);
     return 0;
   });
-  ScannerInput input(path);
+  ScannerInput input = read(path);
   EXPECT_EQ(bytes_of(input), sample(10));
   EXPECT_EQ(input.buffer_size(), 12U);
 }
@@ -86,7 +97,7 @@ TEST_F(ScannerInputTest, ReadsAFileThatIsTruncatedDuringTheRead) {
 TEST_F(ScannerInputTest, ReadsAgainAfterAnInterruptedRead) {
   directory.write("file", "content");
   const CallFault interruption(Call::read, EINTR);
-  ScannerInput input(path);
+  ScannerInput input = read(path);
   EXPECT_TRUE(interruption.happened());
   EXPECT_EQ(bytes_of(input), "content");
 }
@@ -94,14 +105,14 @@ TEST_F(ScannerInputTest, ReadsAgainAfterAnInterruptedRead) {
 TEST_F(ScannerInputTest, ReportsAReadErrorAsTheScannerDoes) {
   directory.write("file", "content");
   const CallFault fault(Call::read, EIO);
-  EXPECT_EQ(failure<ScannerFatalError>(path), "input in flex scanner failed");
+  EXPECT_EQ(read_failure(path), "input in flex scanner failed");
 }
 
 // The file is sparse, and it is rejected before it is read.
 TEST_F(ScannerInputTest, RejectsAFileTooLargeForTheScanner) {
   std::filesystem::resize_file(directory.write("file", ""), 2147483647 - 16);
   const CallFault reading(Call::read, 0);
-  EXPECT_EQ(failure<ScannerFatalError>(path), "fatal error - scanner input buffer overflow");
+  EXPECT_EQ(read_failure(path), "fatal error - scanner input buffer overflow");
   EXPECT_FALSE(reading.happened());
 }
 
@@ -109,13 +120,13 @@ TEST_F(ScannerInputTest, RejectsAFileTooLargeForTheScanner) {
 TEST_F(ScannerInputTest, DoesNotRejectTheLargestFileThatFits) {
   std::filesystem::resize_file(directory.write("file", ""), 2147483647 - 17);
   const CallFault fault(Call::read, EIO);
-  EXPECT_EQ(failure<ScannerFatalError>(path), "input in flex scanner failed");
+  EXPECT_EQ(read_failure(path), "input in flex scanner failed");
 }
 
 TEST_F(ScannerInputTest, ReportsAFileWhoseStatusCannotBeRead) {
   directory.write("file", "content");
   const CallFault fault(Call::fstat, EIO);
-  EXPECT_EQ(failure<std::runtime_error>(path), "Failed to open " + path + ": Input/output error");
+  EXPECT_EQ(open_failure(path), "Failed to open " + path + ": Input/output error");
 }
 
 TEST_F(ScannerInputTest, ClosesTheFileInChildProcesses) {
@@ -125,25 +136,25 @@ TEST_F(ScannerInputTest, ClosesTheFileInChildProcesses) {
     flags = descriptor_flags(path);
     return 0;
   });
-  ScannerInput{path};
+  read(path);
   EXPECT_EQ(flags, FD_CLOEXEC);
 }
 
 TEST_F(ScannerInputTest, ReportsAMissingFile) {
-  EXPECT_EQ(failure<std::runtime_error>(path), "Failed to open " + path + ": No such file or directory");
+  EXPECT_EQ(open_failure(path), "Failed to open " + path + ": No such file or directory");
 }
 
 TEST_F(ScannerInputTest, RejectsAFifoWithoutWaitingForAWriter) {
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-  EXPECT_EQ(failure<std::runtime_error>(path), "Failed to open " + path + ": Not a regular file");
+  EXPECT_EQ(open_failure(path), "Failed to open " + path + ": Not a regular file");
 }
 
 TEST_F(ScannerInputTest, LeavesNoDescriptorOpen) {
   directory.write("file", "content");
   const std::ptrdiff_t before = open_descriptors();
-  ScannerInput{path};
-  failure<ScannerFatalError>(directory.path());
-  failure<std::runtime_error>("/dev/null");
+  read(path);
+  read_failure(directory.path());
+  open_failure("/dev/null");
   EXPECT_EQ(open_descriptors(), before);
 }
 
