@@ -1,5 +1,6 @@
 #include "driver/driver.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
@@ -59,10 +60,16 @@ void run_rewrite(const RewriteJob& job) {
   replacement.rename_over_target();
 }
 
+// A missing file is never an error, even if its directory cannot be opened or synced.
 void remove_target(const std::string& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) == -1 && errno == ENOENT) {
+    return;
+  }
   const DirectorySync directory(path);
-  std::filesystem::remove(path);
-  directory.sync("is removed");
+  if (std::filesystem::remove(path)) {
+    directory.sync("is removed");
+  }
 }
 
 void run_virtual_host(const Options& options) {
