@@ -30,7 +30,7 @@ void refuse_irreplaceable(const std::string& path) {
     return;
   }
   refuse_special_file(path, status);
-  if (S_ISREG(entry.stx_mode) && (entry.stx_attributes & STATX_ATTR_IMMUTABLE) != 0) {
+  if (S_ISREG(entry.stx_mode) && (entry.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0) {
     throw failed_to_open(path, EPERM);
   }
 }

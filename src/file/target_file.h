@@ -17,7 +17,8 @@ std::runtime_error failed_to_open(const std::string& path, int error);
 void refuse_special_file(const std::string& path, const struct stat& status);
 
 /// Throws std::runtime_error if the file at `path` must not or cannot be replaced: if it is a special file, a symbolic
-/// link to a special file, or an immutable file. A file that is missing or cannot be examined passes.
+/// link to a special file, or a file with the attribute immutable or append-only (the rename would fail, but only after
+/// the cleanup). A file that is missing or cannot be examined passes.
 void refuse_irreplaceable(const std::string& path);
 
 /// Creates an empty file, mode 0644 under the umask 022, if there is none. Failures are ignored. If the file cannot be

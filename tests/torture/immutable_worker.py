@@ -1,4 +1,4 @@
-"""Runs the tool on immutable files, outside the sandbox: only the machine's root user can make a file immutable.
+"""Runs the tool on immutable and append-only files, outside the sandbox: only the machine's root user can set these attributes.
 
 The files are on an ext4 image that is mounted only for this process and its children. Arguments: the program, and the
 words that select rows.
@@ -9,7 +9,7 @@ import subprocess
 import sys
 
 from harness import enter_private_mount_namespace, torture_sandbox
-from lab import DAILY, HOSTS, NEW, OLD, TARGET, TOOL, is_one_line, run
+from lab import DAILY, HOSTS, LOGS, NEW, OLD, TARGET, TOOL, is_one_line, run
 from rows import Skip, row, run_rows
 
 PROGRAM = sys.argv[1]
@@ -30,15 +30,15 @@ def ext4_on(folder, image):
 
 
 @contextlib.contextmanager
-def immutable(path):
-    subprocess.run(["chattr", "+i", path], check=True)
+def attribute(letter, path):
+    subprocess.run(["chattr", f"+{letter}", path], check=True)
     try:
         yield
     finally:
-        subprocess.run(["chattr", "-i", path], check=True)
+        subprocess.run(["chattr", f"-{letter}", path], check=True)
 
 
-@row("an immutable file")
+@row("an immutable or append-only file")
 def immutable_file(row):
     problem = enter_private_mount_namespace()
     if problem:
@@ -50,13 +50,18 @@ def immutable_file(row):
 
 
 def as_target(row, sandbox):
-    target = sandbox.path(TARGET)
+    target, surplus = sandbox.path(TARGET), sandbox.path(f"{LOGS}/error_log.9")
     target.write_bytes(OLD)
-    with immutable(target):
-        result = run(sandbox.command(TOOL, *DAILY))
-    expected = is_one_line(result.error, f"^Failed to open {TARGET}: Operation not permitted$")
-    row.check(result.status == 1 and expected, f"as target: {result}")
-    row.check(target.read_bytes() == OLD and not list(target.parent.glob("example.com.*")), "as target: wrong files")
+    surplus.parent.mkdir(parents=True, exist_ok=True)
+    surplus.touch()
+    for letter in "ia":
+        with attribute(letter, target):
+            result = run(sandbox.command(TOOL, *DAILY))
+        expected = is_one_line(result.error, f"^Failed to open {TARGET}: Operation not permitted$")
+        row.check(result.status == 1 and expected, f"{letter} as target: {result}")
+        unchanged = target.read_bytes() == OLD and not list(target.parent.glob("example.com.*"))
+        row.check(unchanged, f"{letter} as target: wrong files")
+        row.check(surplus.exists(), f"{letter} as target: a rotated copy was deleted")
 
 
 def behind_link(row, sandbox):
@@ -64,7 +69,7 @@ def behind_link(row, sandbox):
     target, pointee = sandbox.path(TARGET), sandbox.path(f"{HOSTS}/pointee")
     target.rename(pointee)
     target.symlink_to("pointee")
-    with immutable(pointee):
+    with attribute("i", pointee):
         result = run(sandbox.command(TOOL, *DAILY))
     row.check((result.status, result.error) == (0, b""), f"through a link: {result}")
     row.check(not target.is_symlink() and target.read_bytes() == NEW, "through a link: the target is not NEW")

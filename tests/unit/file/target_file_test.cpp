@@ -21,33 +21,34 @@ std::string rejection(const std::string& path) {
   return thrown_by<std::runtime_error>([&] { refuse_irreplaceable(path); });
 }
 
-// Makes a file immutable while this object exists, if the file system supports it and the user has permission.
-class Immutability {
+// Sets an attribute of a file while this object exists, if the file system supports it and the user has permission.
+class Attribute {
 public:
-  explicit Immutability(const std::string& path)
-      : file_(open(path.c_str(), O_RDONLY | O_CLOEXEC)), active_(set(true)) {}
-  ~Immutability() { set(false); }
-  Immutability(const Immutability&) = delete;
-  Immutability& operator=(const Immutability&) = delete;
+  Attribute(const std::string& path, int flag)
+      : file_(open(path.c_str(), O_RDONLY | O_CLOEXEC)), flag_(flag), active_(set(true)) {}
+  ~Attribute() { set(false); }
+  Attribute(const Attribute&) = delete;
+  Attribute& operator=(const Attribute&) = delete;
 
   bool active() const { return active_; }
 
 private:
-  bool set(bool immutable) const {
+  bool set(bool on) const {
     int flags = 0;
     if (ioctl(file_.get(), FS_IOC_GETFLAGS, &flags) == -1) {
       return false;
     }
-    flags = immutable ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
+    flags = on ? flags | flag_ : flags & ~flag_;
     return ioctl(file_.get(), FS_IOC_SETFLAGS, &flags) == 0;
   }
 
   const FileDescriptor file_;
+  const int flag_;
   const bool active_;
 };
 
-constexpr const char* kNoImmutability =
-    "no file can be made immutable here; tools/torture tests immutable files on a separate disk image";
+constexpr const char* kNoAttributes =
+    "the attributes of files cannot be set here; tools/torture tests them on a separate disk image";
 
 class TargetFile : public testing::Test {
 protected:
@@ -116,21 +117,23 @@ TEST_F(TargetFile, CanBeReplacedIfItIsAFileOrADirectoryOrIsMissing) {
   EXPECT_EQ(content_of(path), "content");
 }
 
-TEST_F(TargetFile, IsRejectedIfItIsImmutable) {
+TEST_F(TargetFile, IsRejectedIfItIsImmutableOrAppendOnly) {
   directory.write("target", "content");
-  const Immutability immutability(path);
-  if (!immutability.active()) {
-    GTEST_SKIP() << kNoImmutability;
+  for (const int flag : {FS_IMMUTABLE_FL, FS_APPEND_FL}) {
+    const Attribute attribute(path, flag);
+    if (!attribute.active()) {
+      GTEST_SKIP() << kNoAttributes;
+    }
+    EXPECT_EQ(rejection(path), "Failed to open " + path + ": Operation not permitted") << flag;
   }
-  EXPECT_EQ(rejection(path), "Failed to open " + path + ": Operation not permitted");
 }
 
 // Reading a directory fails, whether it is immutable or not.
 TEST_F(TargetFile, IsNotRejectedIfItIsAnImmutableDirectory) {
   std::filesystem::create_directory(path);
-  const Immutability immutability(path);
-  if (!immutability.active()) {
-    GTEST_SKIP() << kNoImmutability;
+  const Attribute immutable(path, FS_IMMUTABLE_FL);
+  if (!immutable.active()) {
+    GTEST_SKIP() << kNoAttributes;
   }
   refuse_irreplaceable(path);
 }
@@ -139,9 +142,9 @@ TEST_F(TargetFile, IsNotRejectedIfItIsAnImmutableDirectory) {
 TEST_F(TargetFile, MayBeALinkToAnImmutableFile) {
   directory.write("pointee", "content");
   std::filesystem::create_symlink("pointee", path);
-  const Immutability immutability(directory / "pointee");
-  if (!immutability.active()) {
-    GTEST_SKIP() << kNoImmutability;
+  const Attribute immutable(directory / "pointee", FS_IMMUTABLE_FL);
+  if (!immutable.active()) {
+    GTEST_SKIP() << kNoAttributes;
   }
   refuse_irreplaceable(path);
 }
