@@ -39,9 +39,12 @@ def without_temporary_suffix(path: str) -> str | None:
     return name if dot == "." and suffix.isascii() and suffix.isalnum() else None
 
 
-def vhosts_root() -> str:
-    """Returns the root directory of the virtual hosts. Only the program knows how oru.conf defines it."""
-    with tempfile.TemporaryDirectory(prefix="tavek-logrotate.") as directory:
+def vhosts_root(scratch: str | None = None) -> str:
+    """Returns the root directory of the virtual hosts. Only the program knows how oru.conf defines it.
+
+    `scratch` is a directory that ends with the process; without one, a killed process leaves a temporary directory.
+    """
+    with tempfile.TemporaryDirectory(prefix="tavek-logrotate.", dir=scratch) as directory:
         path = directory + "/host"
         try:
             result = subprocess.run([PROGRAM, path, "keep"], stdin=subprocess.DEVNULL, capture_output=True, check=False)

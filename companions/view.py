@@ -33,13 +33,13 @@ FILE_LIMITS = resource.getrlimit(resource.RLIMIT_NOFILE)
 libc = ctypes.CDLL(None, use_errno=True)
 
 
-def system_call(name, *arguments):
+def system_call(name: str, *arguments: object) -> None:
     if getattr(libc, name)(*arguments) != 0:
         number = ctypes.get_errno()
         raise OSError(number, os.strerror(number))
 
 
-def mount(source, target, kind="", flags=0, data=""):
+def mount(source: str, target: str, kind: str = "", flags: int = 0, data: str = "") -> None:
     system_call("mount", os.fsencode(source), os.fsencode(target), kind.encode(), ctypes.c_ulong(flags), data.encode())
 
 
@@ -100,13 +100,18 @@ class Mount:
         system_call("mount_setattr", -1, os.fsencode(VIEW + self.path), 0, attributes, ctypes.c_size_t(MOUNT_ATTR_SIZE))
 
 
+def enter_private_namespace() -> None:
+    """Gives the process its own mounts, so that nothing it mounts is visible to others or outlives it."""
+    system_call("unshare", CLONE_NEWNS)
+    mount("none", "/", flags=MS_REC | MS_PRIVATE)
+
+
 def build_view():
     """Builds the view in a private mount namespace and returns its mounts. The real machine is not affected."""
     # Each mount needs an open file.
     resource.setrlimit(resource.RLIMIT_NOFILE, (FILE_LIMITS[1], FILE_LIMITS[1]))
     try:
-        system_call("unshare", CLONE_NEWNS)
-        mount("none", "/", flags=MS_REC | MS_PRIVATE)
+        enter_private_namespace()
         with open("/proc/self/mountinfo", errors="surrogateescape", newline="\n") as lines:
             mounts = [Mount(line.rstrip("\n")) for line in lines]
         # Even examining an automount point would trigger the mount.
