@@ -107,7 +107,8 @@ function __tavek_logrotate_hosts
     end
     test "$argv" = all; or contains -- (__tavek_logrotate_scan)[3] '' on true; or return
     set -l key '^\s*HTTPD_VHOSTS_D\s+([^#]*[^#\s]).*'
-    set -l vhosts (string replace -rf $key '$1' </etc/oru/oru.conf 2>/dev/null)
+    # fish itself would complain about a redirection from a missing file.
+    set -l vhosts (cat /etc/oru/oru.conf 2>/dev/null | string replace -rf $key '$1')
     set -q vhosts[1]; or set vhosts /var/www/vhosts
     for folder in $vhosts[-1]/system/*/
         set -l name (path basename $folder)
