@@ -9,7 +9,7 @@ install(TARGETS tavek-logrotate RUNTIME DESTINATION /opt/oru/admin/sbin)
 install(DIRECTORY DESTINATION /opt/oru/etc/logrotate.d)
 # The command `tavek-logrotate` starts the program by a path with a slash. If the program were started by a bare name,
 # --system-logs would first look for it in the current directory.
-install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-check commands/tavek-logrotate-preview
+install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-show commands/tavek-logrotate-preview commands/tavek-logrotate-check
   DESTINATION "${CMAKE_INSTALL_SBINDIR}")
 install(DIRECTORY companions DESTINATION "${CMAKE_INSTALL_DATADIR}/tavek-logrotate" FILES_MATCHING PATTERN "*.py")
 install(FILES logrotate/hosts.conf logrotate/skip-temporary-files.conf
@@ -18,14 +18,15 @@ configure_file(systemd/tavek-logrotate-check.service.in tavek-logrotate-check.se
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/tavek-logrotate-check.service" systemd/tavek-logrotate-check.timer
   DESTINATION lib/systemd/system)
 install(DIRECTORY contrib/ansible/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/ansible")
-install(FILES man/tavek-logrotate.8 man/tavek-logrotate-check.8 man/tavek-logrotate-preview.8
+install(FILES man/tavek-logrotate.8 man/tavek-logrotate-show.8 man/tavek-logrotate-preview.8 man/tavek-logrotate-check.8
   DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
 install(FILES man/oru.conf.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
 # bash-completion finds a file by the name of the command.
-foreach(command tavek-logrotate tavek-logrotate-check tavek-logrotate-preview)
+foreach(command tavek-logrotate tavek-logrotate-show tavek-logrotate-preview tavek-logrotate-check)
   install(FILES completion/tavek-logrotate.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
     RENAME ${command})
 endforeach()
 install(FILES completion/_tavek-logrotate DESTINATION "${TAVEK_ZSH_COMPLETIONS}")
-install(FILES completion/tavek-logrotate.fish completion/tavek-logrotate-check.fish completion/tavek-logrotate-preview.fish
+install(FILES completion/tavek-logrotate.fish completion/tavek-logrotate-show.fish completion/tavek-logrotate-preview.fish
+  completion/tavek-logrotate-check.fish
   DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")

@@ -2,9 +2,8 @@
 
 import os
 import subprocess
-import tempfile
 
-from companions.command import Failure
+from companions.command import Failure, private_directory
 
 PROGRAM = "/opt/oru/admin/sbin/tavek-logrotate"
 ANONYMIZER = "/opt/oru/admin/sbin/anonymize_ip"
@@ -20,6 +19,9 @@ CATEGORIES = {
     "fail2ban": f"{SYSTEM_DIRECTORY}/fail2ban",
     "modsecurity": f"{SYSTEM_DIRECTORY}/mod_security",
 }
+
+# The logs whose stanzas a run for the panel's own file anonymizes. The other categories have no such choice.
+TARGET_LOGS = ("/var/log/maillog.processed", "/var/log/tavek/xferlog.processed")
 
 # Below the logs directory of a host, the logs of the stanzas that the program generates, in their order.
 LOG_FAMILIES = ("*.processed", "error_log", "proxy_error_log", "php-fpm_error.log")
@@ -39,22 +41,23 @@ def without_temporary_suffix(path: str) -> str | None:
     return name if dot == "." and suffix.isascii() and suffix.isalnum() else None
 
 
-def vhosts_root(scratch: str | None = None) -> str:
-    """Returns the root directory of the virtual hosts. Only the program knows how oru.conf defines it.
-
-    `scratch` is a directory that ends with the process; without one, a killed process leaves a temporary directory.
-    """
-    with tempfile.TemporaryDirectory(prefix="tavek-logrotate.", dir=scratch) as directory:
+def run_on_new_file(*words: str) -> str:
+    """Returns the file that a run with the words generates for a host with the name "host"."""
+    with private_directory() as directory:
         path = directory + "/host"
         try:
-            result = subprocess.run([PROGRAM, path, "keep"], stdin=subprocess.DEVNULL, capture_output=True, check=False)
+            result = subprocess.run([PROGRAM, path, *words], stdin=subprocess.DEVNULL, capture_output=True, check=False)
         except OSError as error:
             raise Failure(f"cannot start {PROGRAM}: {error.strerror}") from error
         if result.returncode != 0:
-            raise Failure(f"{PROGRAM} fails: {os.fsdecode(result.stderr).strip()}")
-        with open(path, errors="surrogateescape", newline="") as file:
-            text = file.read()
-    head, found, _ = text.partition("/system/host/logs/*.processed {")
+            raise Failure(os.fsdecode(result.stderr).strip())
+        with open(path, "rb") as file:
+            return os.fsdecode(file.read())
+
+
+def vhosts_root(generated: str | None = None) -> str:
+    """Returns the root directory of the virtual hosts, which only the program knows, from a file that it generated."""
+    head, found, _ = (generated or run_on_new_file("keep")).partition("/system/host/logs/*.processed {")
     if not found:
         raise Failure(f"{PROGRAM} generates a file without a path of the virtual hosts")
     return head.rpartition("allowhardlink\n")[2]

@@ -1,4 +1,4 @@
-# bash completion for tavek-logrotate, its preview and its check   -*- shell-script -*-
+# bash completion for tavek-logrotate, its view of the settings, its preview and its check   -*- shell-script -*-
 
 # Adds the words that begin with what is typed, quoted in the same way. Unlike compgen -W this expands nothing in them.
 # Readline keeps an opening quote, so the replies do not contain it.
@@ -166,3 +166,19 @@ _tavek_logrotate_check() {
         _tavek_logrotate_hosts
     fi
 } && complete -F _tavek_logrotate_check tavek-logrotate-check
+
+# After --commands, settings are offered as well.
+_tavek_logrotate_show() {
+    local cur prev words cword split status='' period_type='' used=''
+    _init_completion -s || return
+    if [[ $prev == --@(period-type|period|rot-count|compress|email|anonymize-ip) ]]; then
+        _tavek_logrotate_values "$prev"
+    elif [[ $cur == -* ]]; then
+        [[ " ${words[*]:1:cword-1} " == *" --commands "* ]] &&
+            _tavek_logrotate_words --period-type --period --rot-count --compress --email --anonymize-ip
+        _tavek_logrotate_words --commands --json --system-logs --apache-logs --nginx-logs --tavek-logs --fail2ban-logs \
+            --modsecurity-logs --help -h
+    else
+        _tavek_logrotate_hosts
+    fi
+} && complete -F _tavek_logrotate_show tavek-logrotate-show

@@ -85,6 +85,19 @@ CHECK = [
     ("example.com example.net od", {"odd host"}),
     ("-", {"--json", "--config", "--help", "-h"}),
 ]
+SHOWN = {"--commands", "--json", "--system-logs"} | CATEGORIES | HELP
+SHOW = [
+    ("exa", {"example.com", "example.net", "example.org"}),
+    ("example.com example.net od", {"odd host"}),
+    ("--co", {"--commands"}),
+    ("--commands --period-", {"--period-type"}),
+    ("--commands --period ", PERIODS),
+    ("--commands --period-type=", {"by_time", "by_size"}),
+    ("--commands --anonymize-ip=", SWITCH),
+    ("--commands --rot-count ", set()),
+    ("--commands --comp", {"--compress"}),
+    ("--commands --period=weekly shop", {"shop.museum"}),
+]
 # The text after the program's name, and the explanation that both zsh and fish show.
 SAID_BY_BOTH = [
     ("--on-off=", "remove the file and forget its settings"),
@@ -161,9 +174,11 @@ def prepare(machine):
     for source, target in (("completion/tavek-logrotate.bash", "completions/tavek-logrotate"),
                            ("completion/tavek-logrotate.bash", "completions/tavek-logrotate-check"),
                            ("completion/tavek-logrotate.bash", "completions/tavek-logrotate-preview"),
+                           ("completion/tavek-logrotate.bash", "completions/tavek-logrotate-show"),
                            ("completion/_tavek-logrotate", "_tavek-logrotate"),
                            ("completion/tavek-logrotate-check.fish", "tavek-logrotate-check.fish"),
                            ("completion/tavek-logrotate-preview.fish", "tavek-logrotate-preview.fish"),
+                           ("completion/tavek-logrotate-show.fish", "tavek-logrotate-show.fish"),
                            ("completion/tavek-logrotate.fish", "tavek-logrotate.fish"),
                            ("tools/doc_checks/complete_bash.py", "complete_bash.py"),
                            ("tools/doc_checks/complete.zsh", "complete.zsh")):
@@ -182,8 +197,9 @@ def checks(machine, options):
     for shell in shells:
         yield f"{shell.name}: the options of the usage text", shell.problems("tavek-logrotate -", options)
         yield f"{shell.name}: the options of a preview", shell.problems("tavek-logrotate-preview -", options | {"--exit-code"})
+        yield f"{shell.name}: the options of a view", shell.problems("tavek-logrotate-show -", SHOWN)
         for command, cases in (("tavek-logrotate ", ALL), ("sudo tavek-logrotate ", SUDO), ("tavek-logrotate-preview ", PREVIEW),
-                               ("tavek-logrotate-check ", CHECK)):
+                               ("tavek-logrotate-check ", CHECK), ("tavek-logrotate-show ", SHOW)):
             for typed, expected in cases:
                 yield f"{shell.name}: {command}{typed}", shell.problems(command + typed, expected)
     for shell in (zsh, fish):
