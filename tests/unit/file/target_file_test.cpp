@@ -48,7 +48,7 @@ private:
 };
 
 constexpr const char* kNoAttributes =
-    "the attributes of files cannot be set here; tools/torture tests them on a separate disk image";
+    "the attributes of files cannot be set here; tests/faults/torture tests them on a separate disk image";
 
 class TargetFile : public testing::Test {
 protected:
