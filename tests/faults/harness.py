@@ -14,6 +14,8 @@ from collections.abc import Callable, Iterator
 
 HERE = pathlib.Path(__file__).resolve().parent
 
+sys.path.insert(0, str(HERE.parent))
+
 from lib.report import Report  # noqa: E402
 from lib.sandbox import Sandbox, scratch  # noqa: E402
 
