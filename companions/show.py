@@ -3,7 +3,7 @@
 import argparse
 import json
 import os
-import re
+import shlex
 import stat
 import sys
 from collections.abc import Iterator, Sequence
@@ -97,8 +97,9 @@ def prove_all(entries: Sequence[Entry], given: dict[str, str]) -> None:
         for setting, text in each.settings.problems.items():
             if setting not in given:
                 each.note(REFUSE, text)
-        if any(re.search(r"[\0-\x1f\x7f-\x9f]", word) for word in each.command(given)):
-            each.note(REFUSE, "contains a control character")
+        # Bytes that are not UTF-8 may be printed. Other unprintable characters could deceive the reader or end the line.
+        if not "".join(each.command(given)).encode(errors="ignore").decode().isprintable():
+            each.note(REFUSE, "contains an unprintable character")
     proven = [each for each in entries if not each.remarks(REFUSE)]
     runs = [Run(each.path, each.text, each.words(given | each.settings.options)) for each in proven]
     for each, result in zip(proven, prove(runs)):
@@ -136,7 +137,7 @@ def commands(entries: Sequence[Entry], given: dict[str, str]) -> Iterator[str]:
         if above := ["no command"] * bool(refused) + each.remarks(WARN):
             yield f"# {escaped(each.name)}: {escaped('; '.join(above))}"
         if each.settings.found:
-            yield "# " * bool(refused) + " ".join(map(shell_quoted, each.command(given)))
+            yield "# " * bool(refused) + " ".join(map(shell_quoted if refused else shlex.quote, each.command(given)))
         if given and refused:
             print(f"tavek-logrotate-show: {escaped(each.name)}: no command: {escaped('; '.join(refused))}", file=sys.stderr)
 
