@@ -11,7 +11,7 @@ import subprocess
 import time
 
 from companions.command import Failure
-from companions.program import CATEGORIES, HOSTS_DIRECTORY, PANEL_FILE, SYSTEM_DIRECTORY, hosts_of_panel, vhosts_root
+from companions.program import CATEGORIES, HOSTS_CONFIGURATION, HOSTS_DIRECTORY, PANEL_FILE, SYSTEM_DIRECTORY, hosts_of_panel, vhosts_root
 from companions.program import without_temporary_suffix
 from companions.text import escaped, printable, shell_quoted, valid
 
@@ -221,7 +221,11 @@ class Check:
         # The panel's file may include the hosts' directory.
         for path in (PANEL_FILE, HOSTS_DIRECTORY, SYSTEM_DIRECTORY):
             if (path == HOSTS_DIRECTORY or os.path.lexists(path)) and os.path.realpath(path) not in reading.included:
-                self.add(path, None, "not-included", f"not included; add this line to {self.main}: include {path}")
+                if path == HOSTS_DIRECTORY and os.path.realpath(SYSTEM_DIRECTORY) in reading.included:
+                    advice = f"run: cp {HOSTS_CONFIGURATION} {SYSTEM_DIRECTORY}/zz-tavek-logrotate"
+                else:
+                    advice = f"add this line to {self.main}: include {path}"
+                self.add(path, None, "not-included", f"not included; {advice}")
                 more.append(path)
                 reading = Reading(self.files, self.main, more)
         return reading

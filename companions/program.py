@@ -9,6 +9,8 @@ PROGRAM = "/opt/oru/admin/sbin/tavek-logrotate"
 ANONYMIZER = "/opt/oru/admin/sbin/anonymize_ip"
 HOSTS_DIRECTORY = "/opt/oru/etc/logrotate.d"
 SYSTEM_DIRECTORY = "/etc/logrotate.d"
+# A copy of this file in the system directory, whose name must be the last one, makes logrotate read the hosts' files.
+HOSTS_CONFIGURATION = os.path.join(os.path.dirname(os.path.dirname(os.path.realpath(__file__))), "hosts.conf")
 PANEL_FILE = "/opt/oru/etc/logrotate.conf"
 
 # The word of each category's option, in the order of a run for all categories, and its rotation file.

@@ -37,7 +37,8 @@ SHOWN = {"/usr/local": (), "/usr/sbin": ("logrotate",),
          "/usr/share": ("augeas", "bash-completion", "fish", "perl", "zoneinfo", "zsh")}
 # The parts of the source tree that an installation brings with the program, and their places.
 INSTALLED = {"commands": "/usr/local/sbin", "companions": "/usr/local/share/tavek-logrotate/companions",
-             "logrotate": "/usr/share/tavek-logrotate"}
+             "logrotate/hosts.conf": "/usr/local/share/tavek-logrotate/hosts.conf",
+             "logrotate": "/usr/share/tavek-logrotate"}  # The documents name the place in the package.
 ROOT = ("--uid", "0", "--gid", "0", "--cap-add", "ALL")
 USER = ("--uid", "1000", "--gid", "1000", "--cap-drop", "ALL")
 
