@@ -7,8 +7,11 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 if(TAVEK_HARDEN)
   target_compile_definitions(tavek_hardening INTERFACE _GLIBCXX_ASSERTIONS)
   target_compile_options(tavek_hardening INTERFACE
-    -fstack-protector-strong -fstack-clash-protection
-    -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -ffunction-sections -fdata-sections)
+    -fstack-protector-strong -fstack-clash-protection -ffunction-sections -fdata-sections)
+  # The builds of distributions set a level of their own.
+  if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
+    target_compile_options(tavek_hardening INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+  endif()
   target_link_options(tavek_hardening INTERFACE
     -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,separate-code -Wl,--gc-sections)
   # Indirect jumps may only reach marked places. The first flag exists only for x86, the second only for arm64.

@@ -3,6 +3,7 @@
 include(GNUInstallDirs)
 set(TAVEK_ZSH_COMPLETIONS "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CACHE STRING
   "Where zsh looks for completion functions; distributions use a separate folder for packages")
+set(TAVEK_SYSTEMD_UNITS lib/systemd/system CACHE STRING "Where systemd looks for units; if empty, no units are installed")
 
 install(TARGETS tavek-logrotate RUNTIME DESTINATION /opt/oru/admin/sbin)
 # The program creates the hosts' files but not their directory.
@@ -14,17 +15,22 @@ install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-show commands
 install(DIRECTORY companions DESTINATION "${CMAKE_INSTALL_DATADIR}/tavek-logrotate" FILES_MATCHING PATTERN "*.py")
 install(FILES logrotate/hosts.conf logrotate/skip-temporary-files.conf
   DESTINATION "${CMAKE_INSTALL_DATADIR}/tavek-logrotate")
-configure_file(systemd/tavek-logrotate-check.service.in tavek-logrotate-check.service @ONLY)
-install(FILES "${CMAKE_CURRENT_BINARY_DIR}/tavek-logrotate-check.service" systemd/tavek-logrotate-check.timer
-  DESTINATION lib/systemd/system)
+if(TAVEK_SYSTEMD_UNITS)
+  install(FILES systemd/tavek-logrotate-check.service systemd/tavek-logrotate-check.timer
+    DESTINATION "${TAVEK_SYSTEMD_UNITS}")
+endif()
 install(DIRECTORY contrib/ansible/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/ansible")
 install(FILES man/tavek-logrotate.8 man/tavek-logrotate-show.8 man/tavek-logrotate-preview.8 man/tavek-logrotate-check.8
   DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
 install(FILES man/oru.conf.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
 # bash-completion finds a file by the name of the command.
-foreach(command tavek-logrotate tavek-logrotate-show tavek-logrotate-preview tavek-logrotate-check)
-  install(FILES completion/tavek-logrotate.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
-    RENAME ${command})
+install(FILES completion/tavek-logrotate.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+  RENAME tavek-logrotate)
+file(MAKE_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/completion")
+foreach(command tavek-logrotate-show tavek-logrotate-preview tavek-logrotate-check)
+  file(CREATE_LINK tavek-logrotate "${CMAKE_CURRENT_BINARY_DIR}/completion/${command}" SYMBOLIC)
+  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/completion/${command}"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
 endforeach()
 install(FILES completion/_tavek-logrotate DESTINATION "${TAVEK_ZSH_COMPLETIONS}")
 install(FILES completion/tavek-logrotate.fish completion/tavek-logrotate-show.fish completion/tavek-logrotate-preview.fish
