@@ -36,7 +36,7 @@ def keys_of_source(text: str) -> set[str]:
 
 
 def keys_of_manual(text: str) -> set[str]:
-    return {f"{key} {value}" for key, value in re.findall(r"^\.It Va (\w+)\n(?:(?!\.It).*\n)*?Default:\n\.Li (\S+) \.$", text, re.M)}
+    return {f"{key} {value}" for key, value in re.findall(r"^\.It Va (\w+) Ta Li (\S+) Ta ", text, re.M)}
 
 
 def compare_sets(what: str, documented: set[str], real: set[str]) -> list[str]:
