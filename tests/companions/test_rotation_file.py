@@ -9,7 +9,7 @@ from companions import rotation_file
 from companions.command import Failure
 
 
-def lines(text: str) -> list[tuple[str, int, str]]:
+def lines(text: str) -> list[tuple[object, ...]]:
     """Returns the lines of the first stanza, whose body is the text."""
     return [tuple(line) for line in rotation_file.parse("/a {\n" + text).stanzas[0].lines]
 

@@ -5,7 +5,7 @@ import os
 import shutil
 import threading
 
-from lab import DAILY, LOGS, NEW, TARGET, beside, expect_new, get, mode_of, processor_seconds, reset, stanzas, tool
+from lab import DAILY, LOGS, TARGET, beside, expect_new, get, mode_of, processor_seconds, reset, stanzas, tool
 from rows import row
 
 WRITERS = 8

@@ -20,7 +20,7 @@ from types import FrameType
 from lib.report import SKIPPED
 from lib.sandbox import TOP
 
-INTERVAL = 20.0
+INTERVAL, POLL = 20.0, 2.0
 SKIPPED_LINE = re.compile(rb"^SKIPPED .*|^.*\*\*\*Skipped.*", re.M)
 
 
@@ -79,8 +79,6 @@ class Gate:
             process = subprocess.Popen(["bash", "-euo", "pipefail", "-c", step.script], cwd=TOP, stdin=subprocess.DEVNULL,
                                        stdout=output, stderr=subprocess.STDOUT, start_new_session=True)
         self.running[step.name] = process
-        if self.signal:  # It may have come just before the process was listed.
-            os.killpg(process.pid, signal.SIGTERM)
         status = self._wait(step, process, log)
         del self.running[step.name]
         skips = SKIPPED_LINE.findall(log.read_bytes())
@@ -95,10 +93,15 @@ class Gate:
         return result
 
     def _wait(self, step: Step, process: subprocess.Popen[bytes], log: pathlib.Path) -> int:
+        next_report = time.monotonic() + INTERVAL
         while True:
             try:
-                return process.wait(INTERVAL)
+                return process.wait(POLL)
             except subprocess.TimeoutExpired:
+                if self.signal:  # It may have come before the process was listed, or while a shell was starting another.
+                    os.killpg(process.pid, signal.SIGTERM)
+            if time.monotonic() >= next_report:
+                next_report += INTERVAL
                 self._say(f"{step.name}: {_last_line(log)}")
 
     def _finish(self) -> int:

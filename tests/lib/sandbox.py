@@ -10,8 +10,10 @@ import contextlib
 import os
 import pathlib
 import shutil
+import signal
 import stat
 import subprocess
+import sys
 import tempfile
 from collections.abc import Iterator
 
@@ -127,7 +129,8 @@ def built(path: str) -> pathlib.Path:
 
 
 def arguments(description: str | None) -> argparse.ArgumentParser:
-    """A parser with the option --program, which names the program to be tested."""
+    """A parser with the option --program, which names the program to be tested. A runner that is ended removes its sandboxes."""
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
     parser = argparse.ArgumentParser(description=description, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", type=built, default=str(PROGRAM), metavar="FILE", help="the program, by default that of the release preset")
     return parser
