@@ -1,20 +1,13 @@
 #include "driver/system_logs_fanout.h"
 
-#if __has_include(<boost/process/v1/child.hpp>)
-#include <boost/process/v1/child.hpp>
-#include <boost/process/v1/exe.hpp>
-#include <boost/process/v1/extend.hpp>
-namespace bp = boost::process::v1;
-#else
-#include <boost/process/child.hpp>
-#include <boost/process/exe.hpp>
-#include <boost/process/extend.hpp>
-namespace bp = boost::process;
-#endif
+#include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <spawn.h>
 #include <sstream>
 #include <stdexcept>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -45,9 +38,8 @@ bool is_executable(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// Resolves a bare name as a shell does, but searches the current directory first. The library's own search is not used
-// because it accepts directories. A name that is not found is returned unchanged; the attempt to start it then fails
-// with the right error.
+// Resolves a bare name as a shell does, but searches the current directory first. A name that is not found is returned
+// unchanged; the attempt to start it then fails with the right error.
 std::string resolve_program(const std::string& program) {
   const char* path = std::getenv("PATH");
   if (program.find('/') != std::string::npos || is_executable(program) || path == nullptr) {
@@ -66,27 +58,40 @@ std::string resolve_program(const std::string& program) {
   return program;
 }
 
-// Starts one child, waits for it and returns its exit code. `command` becomes the argv of the child: our own invocation
-// name, then the arguments. `program` is the file that the name resolves to. Both go directly to the executor because
-// the library's own initialisers fail on an empty program or an empty word.
-int run_child(const std::string& program, Words command) {
+// Starts `program`, the file that our own invocation name resolves to, with the words of `command` as its argv. A
+// failed fork reads like a failed exec.
+pid_t start(const std::string& program, Words command) {
   std::vector<char*> argv;
   for (std::string& word : command) {
     argv.push_back(word.data());
   }
   argv.push_back(nullptr);
-  bp::child child(
-      bp::exe = "/", // Required by the library; on_setup replaces it.
-      bp::extend::on_setup =
-          [&](auto& executor) {
-            executor.exe = program.c_str();
-            executor.cmd_line = argv.data();
-          },
-      // Without this a failed fork would yield an invalid child that still reports an exit code.
-      bp::extend::on_fork_error =
-          [](auto&, const std::error_code& error) { throw bp::process_error(error, "fork() failed"); });
-  child.wait();
-  return child.exit_code();
+  pid_t child = 0;
+  const int error = posix_spawn(&child, program.c_str(), nullptr, nullptr, argv.data(), environ);
+  if (error != 0) {
+    throw std::system_error(error, std::generic_category(), "execve failed");
+  }
+  return child;
+}
+
+// Kills the child unless it has ended: a failure must leave no child behind that still edits files.
+void kill_if_running(pid_t child) {
+  if (waitpid(child, nullptr, WNOHANG) == 0) {
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+  }
+}
+
+// Waits for the child to end. Returns its exit status, or the number of the signal that killed it.
+int wait_for(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) == -1) {
+    if (const int error = errno; error != EINTR) {
+      kill_if_running(child);
+      throw std::system_error(error, std::generic_category(), "wait error");
+    }
+  }
+  return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 // Single blanks and no quoting: the message is for a person to read, not for a shell.
@@ -108,7 +113,7 @@ void SystemLogsFanout::run() const {
   for (const SystemLogCategory& category : system_log_categories()) {
     Words command{program_path_, std::string("--") + category.option};
     command.insert(command.end(), forwarded_.begin(), forwarded_.end());
-    const int exit_code = run_child(program_, command);
+    const int exit_code = wait_for(start(program_, command));
     if (exit_code != 0) {
       throw std::runtime_error(failure_message(command, exit_code));
     }

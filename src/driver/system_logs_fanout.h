@@ -19,7 +19,7 @@ public:
 
   /// Runs all children. The first failure ends the run. If a child fails, throws std::runtime_error with its command
   /// and its exit status (or the number of the signal that killed it). If a child cannot be started or waited for,
-  /// throws the process library's error.
+  /// throws std::system_error; a child that cannot be waited for has been killed.
   void run() const;
 
 private:

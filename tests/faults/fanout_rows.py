@@ -46,14 +46,11 @@ def parent_sweep(row):
     ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
     reset()
     calls = calls_of(traced([TOOL, *SYSTEM]).trace)
-    first = next(i for i, call in enumerate(calls) if call.name.startswith("pipe"))
+    first = next(i for i, call in enumerate(calls) if "SIGCHLD" in call.text)
     faults = 0
     for number, call in enumerate(calls[first:], first):
         children = sum(call.name.startswith(("clone", "fork", "vfork")) for call in calls[:number])
-        # No error is injected at close: strace would not execute the call, so the pipe would stay open and its reader
-        # would wait forever.
-        errors = errors_of(call) if call.name != "close" else []
-        for fault in errors + signals_of(call, number):
+        for fault in errors_of(call) + signals_of(call, number):
             inject(row, fault, children)
             faults += 1
     row.figure(f"{faults} faults at {len(calls) - first} calls")
@@ -65,7 +62,7 @@ def inject(row, fault, children):
     wait_for_orphans()
     what = (f"{fault.name} {fault.when} {fault.what}: exit status {result.status}, {result.error!r}, "
             f"{edited()} edited, left {temporary_files()}")
-    # The process library kills a child that it cannot wait for.
+    # The parent kills a child that it cannot wait for.
     row.check(len(temporary_files()) <= (fault.name == "wait4" and fault.signal is None), what)
     row.check(edited() is not None and (result.status != 0 or edited() == len(SYSTEM_FILES)), what)
     if fault.signal is not None:
@@ -73,6 +70,6 @@ def inject(row, fault, children):
         return
     row.check("INJECTED" in result.trace, f"{what}: not injected")
     row.check(result.status == 0 or (result.status == 1 and is_one_line(result.error)), what)
-    if fault.name.startswith(("clone", "fork", "vfork", "pipe")):
+    if fault.name.startswith(("clone", "fork", "vfork")):
         message = os.strerror(getattr(errno, fault.what.removeprefix("error=")))
         row.check(result.status == 1 and is_one_line(result.error, message) and edited() == children, what)

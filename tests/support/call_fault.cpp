@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -81,11 +82,6 @@ FILE* fdopen(int fd, const char* modes) noexcept {
   return CallFault::strikes(Call::fdopen) ? nullptr : fdopen_next(fd, modes);
 }
 
-pid_t fork() noexcept {
-  static auto* const fork_next = next<pid_t()>("fork");
-  return CallFault::strikes(Call::fork) ? -1 : fork_next();
-}
-
 int fstat(int fd, struct stat* buf) noexcept {
   static auto* const fstat_next = next<int(int, struct stat*)>("fstat");
   return CallFault::strikes(Call::fstat) ? -1 : fstat_next(fd, buf);
@@ -126,6 +122,13 @@ int open(const char* file, int oflag, ...) {
     va_end(arguments);
   }
   return CallFault::strikes(Call::open) ? -1 : open_next(file, oflag, mode);
+}
+
+// Returns the error instead of setting errno.
+int posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* file_actions,
+                const posix_spawnattr_t* attrp, char* const* argv, char* const* envp) {
+  static auto* const posix_spawn_next = next<decltype(posix_spawn)>("posix_spawn");
+  return CallFault::strikes(Call::posix_spawn) ? errno : posix_spawn_next(pid, path, file_actions, attrp, argv, envp);
 }
 
 ssize_t read(int fd, void* buf, size_t nbytes) {

@@ -12,12 +12,10 @@ namespace tavek {
 
 namespace {
 
-// If our code did not check for this error, the library would return a child that does not exist but has an exit
-// status.
-TEST(SystemLogsFanout, ReportsAFailedFork) {
-  const CallFault fault(Call::fork, EAGAIN);
+TEST(SystemLogsFanout, ReportsAFailedForkLikeAFailedExec) {
+  const CallFault fault(Call::posix_spawn, EAGAIN);
   EXPECT_EQ(thrown_by<std::system_error>([] { SystemLogsFanout("/bin/true", options_of({})).run(); }),
-            "fork() failed: Resource temporarily unavailable");
+            "execve failed: Resource temporarily unavailable");
 }
 
 } // namespace
