@@ -1,94 +1,144 @@
-"""Shows what a run would change and delete."""
+"""Shows what runs would change and delete."""
 
-import errno
+import json
 import os
-import re
-import subprocess
 import sys
+from typing import Any, NamedTuple
 
-from companions.changes import changes_of
+from companions import batch
+from companions.batch import Run
+from companions.changes import Changes
 from companions.command import Failure
-from companions.program import HOSTS_DIRECTORY, PROGRAM, SYSTEM_DIRECTORY
-from companions.text import escaped, human, printable
-from companions.view import build_view, run_in_view
+from companions.judgement import judgement
+from companions.machine import Machine
+from companions.text import escaped, human, printable, use_colour, valid
+from companions.touched import Touched
+from companions.worker import Result
 
-LOGROTATE = "/usr/sbin/logrotate"
-CONFIGURATION_DIRECTORIES = (HOSTS_DIRECTORY, SYSTEM_DIRECTORY)
-LOGROTATE_SECONDS = 60
 CHANGES = 10
 NO_PREVIEW = 125
 
 
-def is_rotation_file(path, arguments):
-    """Returns whether the path is in a configuration directory or is the target that one of the arguments names."""
-    def target(name):
-        path = os.path.join(CONFIGURATION_DIRECTORIES[0], name)
-        return os.path.join(os.path.realpath(os.path.dirname(path)), os.path.basename(path))
-    return (any(path.startswith(os.path.realpath(directory) + "/") for directory in CONFIGURATION_DIRECTORIES) or
-            any(path == target(re.sub("^--[^=]*=", "", argument)) for argument in arguments))
+class Options(NamedTuple):
+    exit_code: bool
+    json: bool
+    backup: str | None
+    runs: list[Run]
 
 
-def print_judgement(files):
-    """Prints the errors that logrotate finds in the files."""
+class Outcome(NamedTuple):
+    """How a run ended in the view. `changes` are the changes of this run alone, if these are wanted."""
+
+    run: Run
+    result: Result
+    changes: Changes
+
+
+def parse_options(words: list[str]) -> Options:
+    """Reads the options of the preview, which stand before the arguments of the run."""
+    flags, values = {"--exit-code": False, "--json": False}, {"--backup": "", "--batch": ""}
+    words = list(words)
+    while words:
+        name, mark, value = words[0].partition("=")
+        if words[0] in flags:
+            flags[words.pop(0)] = True
+        elif name in values:
+            del words[0]
+            if not mark and not words:
+                raise Failure(f"{name} needs a value")
+            values[name] = value if mark else words.pop(0)
+            if not values[name]:
+                raise Failure(f"{name} needs a value")
+        else:
+            break
+    if values["--batch"] and words:
+        raise Failure("--batch takes no arguments of a run")
+    runs = read_batch(values["--batch"]) if values["--batch"] else [Run(None, words)]
+    return Options(flags["--exit-code"], flags["--json"], values["--backup"] or None, runs)
+
+
+def read_batch(name: str) -> list[Run]:
+    with open(0 if name == "-" else name, "rb", closefd=name != "-") as file:
+        text = os.fsdecode(file.read())
     try:
-        result = run_in_view([LOGROTATE, "--debug", "--state", "/dev/null", *files], LOGROTATE_SECONDS)
-    except FileNotFoundError:
-        print("logrotate is not installed: the new files are not checked.")
-        return
-    except subprocess.TimeoutExpired:
-        print(f"logrotate does not end within {LOGROTATE_SECONDS} s: the new files are not checked.")
-        return
-    errors = [line for line in result.stderr.decode(errors="surrogateescape").split("\n") if line.startswith("error:")]
-    for line in errors:
-        print(f"logrotate: {escaped(line)}")
-    if not errors:
-        print("logrotate finds no error." if result.returncode == 0 else f"logrotate ends with status {result.returncode}.")
+        return batch.parse(text)
+    except Failure as error:
+        raise Failure(f"{printable(name)}: {error}") from None
 
 
-def print_changes(changes, arguments):
-    copies, files = [], []
-    for each in changes:
-        (copies if each.is_removal() and not is_rotation_file(each.path, arguments) else files).append(each)
-    for each in files:
-        each.print()
-    for each in copies:
-        print(f"delete {printable(each.path)} ({human(each.size())})")
-    summary = []
-    if files:
-        summary.append("1 file would change" if len(files) == 1 else f"{len(files)} files would change")
-    if copies:
-        summary.append(f"{len(copies)} {'copy' if len(copies) == 1 else 'copies'} "
-                       f"({human(sum(each.size() for each in copies))}) would be deleted")
-    print(", ".join(summary) + "." if summary else "No changes.")
-    new = [each.path for each in files if not each.is_removal()]
-    if new:
-        print_judgement(new)
-
-
-def preview(arguments):
-    """Prints the preview. Returns the exit status of the run and whether the run changes anything."""
-    if os.geteuid() != 0:
-        raise Failure("must be run as root")
-    mounts = build_view()
+def make_run(machine: Machine, run: Run) -> Result:
+    """Makes the run in the view. If one of many cannot be previewed, it counts as failed, and the others continue."""
     try:
-        result = run_in_view([PROGRAM, *arguments])
-    except OSError as error:
-        raise Failure(f"cannot start {PROGRAM}: {error.strerror}") from error
-    for each in mounts:
-        if each.needs_overlay() and not each.covered and os.strerror(errno.EROFS).encode() in result.stderr:
-            raise Failure(f"{printable(each.path)} ({each.kind}) accepts no overlay, and the run may need to write there")
-    for stream, text in (sys.stdout, result.stdout), (sys.stderr, result.stderr):
+        return machine.run(run.arguments)
+    except Failure as error:
+        if run.line is None:
+            raise
+        return Result(NO_PREVIEW, b"", os.fsencode(f"tavek-logrotate-preview: line {run.line}: {escaped(str(error))}\n"))
+
+
+def show(result: Result) -> None:
+    for stream, text in (sys.stdout, result.output), (sys.stderr, result.error):
         stream.buffer.write(text)
         stream.flush()
-    changes = [change for each in mounts if each.covered for change in changes_of(each) if change.exists()]
-    print_changes(sorted(changes, key=lambda change: change.path), arguments)
-    status = result.returncode if result.returncode >= 0 else 128 - result.returncode
-    if status != 0:
-        print(f"The run would fail with status {status}.")
-    return status, bool(changes)
 
 
-def main(arguments):
-    exit_code = arguments[:1] == ["--exit-code"]
-    status, changes = preview(arguments[exit_code:])
-    return status or (CHANGES if exit_code and changes else 0)
+def count_of(copies: list[tuple[str, int]]) -> str:
+    return f"{len(copies)} {'copy' if len(copies) == 1 else 'copies'} ({human(sum(size for _, size in copies))})"
+
+
+def print_preview(machine: Machine, runs: list[Run]) -> tuple[int, bool]:
+    """Prints the preview as text. Returns the status of the first run that fails, or 0, and whether anything changes."""
+    failures = []
+    for each in runs:
+        result = make_run(machine, each)
+        show(result)
+        if result.status != 0:
+            failures.append((each, result.status))
+    changes = machine.changes()
+    for file in changes.files:
+        print(end=file.text(use_colour()))
+    for path, size in changes.copies:
+        print(f"delete {printable(path)} ({human(size)})")
+    summary = []
+    if changes.files:
+        summary.append("1 file would change" if len(changes.files) == 1 else f"{len(changes.files)} files would change")
+    if changes.copies:
+        summary.append(f"{count_of(changes.copies)} would be deleted")
+    print(", ".join(summary) + "." if summary else "No changes.")
+    new = [each.path for each in changes.files if not each.is_removal()]
+    for line in judgement(machine, new) if new else []:
+        print(line)
+    for run, status in failures:
+        print("The run " + (f"in line {run.line} " if run.line else "") + f"would fail with status {status}.")
+    return failures[0][1] if failures else 0, bool(summary)
+
+
+def print_json(machine: Machine, runs: list[Run]) -> tuple[int, bool]:
+    """Prints the preview as one JSON object. Returns the same as print_preview()."""
+    touched = Touched(machine.mounts, machine.is_rotation_file)
+    outcomes = [Outcome(each, make_run(machine, each), touched.changes()) for each in runs]
+    touched.check()
+    changes = machine.changes()
+    new = [each.path for each in changes.files if not each.is_removal()]
+    print(json.dumps({"runs": [as_json(each) for each in outcomes], "judgement": judgement(machine, new) if new else []}))
+    status = next((each.result.status for each in outcomes if each.result.status != 0), 0)
+    return status, bool(changes.files or changes.copies)
+
+
+def as_json(outcome: Outcome) -> dict[str, Any]:
+    """Returns the JSON object of a run. Bytes that are not UTF-8 become backslash escapes, because JSON cannot contain them."""
+    changes = outcome.changes
+    return {"line": outcome.run.line, "arguments": [valid(each) for each in outcome.run.arguments],
+            "status": outcome.result.status, "output": valid(os.fsdecode(outcome.result.output)),
+            "error": valid(os.fsdecode(outcome.result.error)), "changed": bool(changes.files or changes.copies),
+            "diff": "".join(valid(each.text(colour=False)) for each in changes.files),
+            "deleted": [{"path": valid(path), "size": size} for path, size in changes.copies]}
+
+
+def main(words: list[str]) -> int:
+    options = parse_options(words)
+    if os.geteuid() != 0:
+        raise Failure("must be run as root")
+    machine = Machine()
+    status, changes = (print_json if options.json else print_preview)(machine, options.runs)
+    return status or (CHANGES if options.exit_code and changes else 0)

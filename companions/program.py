@@ -25,6 +25,15 @@ CATEGORIES = {
 # The logs whose stanzas a run for the panel's own file anonymizes. The other categories have no such choice.
 TARGET_LOGS = ("/var/log/maillog.processed", "/var/log/tavek/xferlog.processed")
 
+# The directories of each category's logs, from which a run removes copies.
+CATEGORY_LOGS = {
+    "apache": ("/var/log/apache2",),
+    "nginx": ("/var/log/nginx",),
+    "tavek": ("/var/log", "/var/log/tavek"),
+    "fail2ban": ("/var/log",),
+    "modsecurity": ("/var/log",),
+}
+
 # Below the logs directory of a host, the logs of the stanzas that the program generates, in their order.
 LOG_FAMILIES = ("*.processed", "error_log", "proxy_error_log", "php-fpm_error.log")
 
@@ -32,6 +41,29 @@ LOG_FAMILIES = ("*.processed", "error_log", "proxy_error_log", "php-fpm_error.lo
 def target_of(name: str) -> str:
     """Returns the path of the rotation file that a run for the host or path `name` edits."""
     return os.path.join(HOSTS_DIRECTORY, name)
+
+
+def targets_of(arguments: list[str]) -> list[str]:
+    """Returns the rotation files that a run with these arguments edits, and others: each argument may be a name."""
+    words = [argument.partition("=") for argument in arguments]
+    files = [path for option, _, _ in words for category, path in CATEGORIES.items() if selects(option, category)]
+    return files + [target_of(value if option.startswith("--") else option + mark + value) for option, mark, value in words]
+
+
+def log_directories_of(arguments: list[str], root: str) -> list[str]:
+    """Returns patterns for the directories from which a run with these arguments removes copies, and for others.
+
+    `root` is the root directory of the virtual hosts.
+    """
+    words = [argument.partition("=") for argument in arguments]
+    names = [value if option.startswith("--") else option + mark + value for option, mark, value in words]
+    return [path for option, _, _ in words for category, paths in CATEGORY_LOGS.items() if selects(option, category)
+            for path in paths] + [os.path.join(parent, name, "logs") for name in names for parent in (root + "/system", root)]
+
+
+def selects(option: str, category: str) -> bool:
+    """Returns whether the option, which may be abbreviated, selects the category."""
+    return option.startswith("--") and any(each.startswith(option) for each in (f"--{category}-logs", "--system-logs"))
 
 
 def without_temporary_suffix(path: str) -> str | None:

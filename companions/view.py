@@ -7,8 +7,9 @@ import ctypes
 import os
 import re
 import resource
+import select
+import signal
 import stat
-import subprocess
 
 from companions.command import Failure
 from companions.text import printable
@@ -22,11 +23,20 @@ VIEW = SCRATCH + "/view"
 KERNEL_TYPES = {"autofs", "binfmt_misc", "bpf", "cgroup", "cgroup2", "configfs", "debugfs", "devpts", "efivarfs",
                 "fusectl", "mqueue", "nsfs", "proc", "pstore", "rpc_pipefs", "securityfs", "selinuxfs", "sysfs", "tracefs"}
 
-# From <sched.h>, <sys/mount.h> and <linux/mount.h>.
-CLONE_NEWNS = 0x20000
-MS_RDONLY, MS_BIND, MS_REC, MS_PRIVATE = 0x1, 0x1000, 0x4000, 0x40000
+# Without one of these, the view could differ from what the run finds. Numbers from <linux/capability.h>.
+CAPABILITIES = {"CAP_CHOWN": 0, "CAP_DAC_OVERRIDE": 1, "CAP_FOWNER": 3, "CAP_SYS_CHROOT": 18, "CAP_SYS_ADMIN": 21}
+
+# A mount that does not answer for so long is left out.
+ANSWER_SECONDS = 3
+
+# From <sched.h>, <sys/mount.h>, <linux/mount.h>, <fcntl.h> and <sys/prctl.h>.
+CLONE_NEWNS, CLONE_NEWPID, CLONE_NEWNET = 0x20000, 0x20000000, 0x40000000
+MS_RDONLY, MS_NOSUID, MS_NODEV, MS_NOEXEC, MS_BIND, MS_REC, MS_PRIVATE = 0x1, 0x2, 0x4, 0x8, 0x1000, 0x4000, 0x40000
+MNT_DETACH = 2
 MOUNT_ATTR_RDONLY = 1
 MOUNT_ATTR_SIZE = 32
+AT_RECURSIVE = 0x8000
+PR_SET_PDEATHSIG = 1
 
 FILE_LIMITS = resource.getrlimit(resource.RLIMIT_NOFILE)
 
@@ -43,41 +53,55 @@ def mount(source: str, target: str, kind: str = "", flags: int = 0, data: str = 
     system_call("mount", os.fsencode(source), os.fsencode(target), kind.encode(), ctypes.c_ulong(flags), data.encode())
 
 
+def make_read_only(target: str, flags: int = 0) -> None:
+    attributes = (ctypes.c_uint64 * 4)(MOUNT_ATTR_RDONLY)
+    system_call("mount_setattr", -1, os.fsencode(target), flags, attributes, ctypes.c_size_t(MOUNT_ATTR_SIZE))
+
+
 class Mount:
     """A mount of the machine. The view has a mount at the same path."""
 
-    def __init__(self, line):
+    def __init__(self, line: str):
         fields, _, source = line.partition(" - ")
-        self.id, _, _, _, path, options = fields.split(" ")[:6]
+        self.id, _, _, self.root, path, options = fields.split(" ")[:6]
         self.path = re.sub(r"\\([0-7]{3})", lambda match: chr(int(match[1], 8)), path)
         self.kind, _, more_options = source.split(" ")
         self.read_only = "ro" in options.split(",") + more_options.split(",")
         self.upper = f"{SCRATCH}/{self.id}/upper"
-        self.real = None
+        self.real = ""
         self.covered = False
 
-    def open(self):
-        """Opens the root of the mount, so that it remains accessible. Returns False if another mount hides the root."""
+    def answers(self) -> bool:
+        """Returns whether this is the mount that one finds at its path. Waits for the file system, perhaps for ever."""
         try:
             fd = os.open(self.path, os.O_PATH | os.O_NOFOLLOW)
         except OSError:
             return False
+        try:
+            with open(f"/proc/self/fdinfo/{fd}") as info:
+                return f"mnt_id:\t{self.id}\n" in info.read() and os.fstat(fd) is not None
+        except OSError:
+            return True
+        finally:
+            os.close(fd)
+
+    def open(self) -> None:
+        """Opens the root of the mount, so that it remains accessible."""
+        fd = os.open(self.path, os.O_PATH | os.O_NOFOLLOW)
         # The process id differs from that in /proc if /proc belongs to another process namespace.
         self.real = f"/proc/{os.readlink('/proc/self')}/fd/{fd}"
-        with open(f"/proc/self/fdinfo/{fd}") as info:
-            return f"mnt_id:\t{self.id}\n" in info.read()
 
-    def is_below_any(self, paths):
-        return any(self.path.startswith(path + "/") for path in paths)
+    def contains(self, path: str) -> bool:
+        return path == self.path or path.startswith(self.path.rstrip("/") + "/")
 
-    def needs_overlay(self):
+    def needs_overlay(self) -> bool:
         """Returns whether the run could create, replace or remove files in this mount."""
         return not self.read_only and self.kind not in KERNEL_TYPES and os.path.isdir(self.real)
 
-    def show(self):
+    def show(self) -> None:
         """Adds the mount to the view: under an empty layer for changes or, if none is needed or possible, read-only."""
-        if self.kind == "proc":
-            # A path such as /proc/1/root leads out of the view.
+        if self.kind == "proc" and os.path.isdir(self.real):
+            # A path such as /proc/1/root leads out of the view. The worker mounts a /proc of its own.
             mount("none", VIEW + self.path, "tmpfs", MS_RDONLY)
             return
         if self.needs_overlay():
@@ -96,8 +120,7 @@ class Mount:
                 if self.path == "/":
                     raise
         mount(self.real, VIEW + self.path, flags=MS_BIND)
-        attributes = (ctypes.c_uint64 * 4)(MOUNT_ATTR_RDONLY)
-        system_call("mount_setattr", -1, os.fsencode(VIEW + self.path), 0, attributes, ctypes.c_size_t(MOUNT_ATTR_SIZE))
+        make_read_only(VIEW + self.path)
 
 
 def enter_private_namespace() -> None:
@@ -106,8 +129,43 @@ def enter_private_namespace() -> None:
     mount("none", "/", flags=MS_REC | MS_PRIVATE)
 
 
-def build_view():
-    """Builds the view in a private mount namespace and returns its mounts. The real machine is not affected."""
+def silent_mounts(mounts: list[Mount]) -> list[Mount]:
+    """Returns the mounts that do not answer. Removes these from `mounts`, and those that are hidden by another mount."""
+    answers: list[str] = []
+    while len(answers) < len(mounts):
+        readable, writable = os.pipe()
+        child = os.fork()
+        if child == 0:
+            try:
+                for each in mounts[len(answers):]:
+                    os.write(writable, b"+" if each.answers() else b"-")
+            finally:
+                os._exit(0)
+        os.close(writable)
+        while select.select([readable], [], [], ANSWER_SECONDS)[0] and (said := os.read(readable, 4096)):
+            answers += said.decode()
+        os.close(readable)
+        os.kill(child, signal.SIGKILL)
+        if len(answers) < len(mounts):
+            answers.append("?")
+    silent = [each for each, answer in zip(mounts, answers) if answer == "?"]
+    mounts[:] = [each for each, answer in zip(mounts, answers) if answer == "+"]
+    return silent
+
+
+def require_capabilities() -> None:
+    with open("/proc/self/status") as file:
+        effective = int(next(line for line in file if line.startswith("CapEff:")).split()[1], 16)
+    if lacking := [name for name, number in CAPABILITIES.items() if not effective >> number & 1]:
+        raise Failure(f"lacks {', '.join(lacking)}")
+
+
+def build_view() -> tuple[list[Mount], list[Mount]]:
+    """Builds the view in a private mount namespace. The real machine is not affected.
+
+    Returns the mounts in the view, and those that do not answer and are left out.
+    """
+    require_capabilities()
     # Each mount needs an open file.
     resource.setrlimit(resource.RLIMIT_NOFILE, (FILE_LIMITS[1], FILE_LIMITS[1]))
     try:
@@ -115,8 +173,12 @@ def build_view():
         with open("/proc/self/mountinfo", errors="surrogateescape", newline="\n") as lines:
             mounts = [Mount(line.rstrip("\n")) for line in lines]
         # Even examining an automount point would trigger the mount.
-        mounts = [each for each in mounts if each.kind != "autofs" and each.open()]
-        mounts = [each for each in mounts if not each.is_below_any(other.path for other in mounts if other.kind == "proc")]
+        mounts = [each for each in mounts if each.kind != "autofs"]
+        silent = silent_mounts(mounts)
+        for each in mounts:
+            each.open()
+        proc = [each for each in mounts if each.kind == "proc"]
+        mounts = [each for each in mounts if not any(other is not each and other.contains(each.path) for other in proc)]
         # Each removed copy needs an inode.
         mount("none", SCRATCH, "tmpfs", data="nr_inodes=0")
         os.mkdir(VIEW)
@@ -127,13 +189,4 @@ def build_view():
             each.show()
         except OSError as error:
             raise Failure(f"cannot show {printable(each.path)} ({each.kind}): {error.strerror}") from error
-    return mounts
-
-
-def run_in_view(command, timeout=None):
-    """Runs the command in the view and returns the finished process."""
-    def enter():
-        resource.setrlimit(resource.RLIMIT_NOFILE, FILE_LIMITS)
-        os.chroot(VIEW)
-        os.chdir("/")
-    return subprocess.run(command, preexec_fn=enter, capture_output=True, timeout=timeout, check=False)
+    return mounts, silent

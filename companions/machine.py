@@ -1,0 +1,126 @@
+"""The machine as the runs of a preview see it and change it."""
+
+import contextlib
+import errno
+import functools
+import glob
+import os
+import stat
+from typing import NamedTuple
+
+from companions.changes import Change, Changes, files_below
+from companions.command import Failure
+from companions.program import HOSTS_DIRECTORY, PROGRAM, SYSTEM_DIRECTORY, log_directories_of, targets_of, vhosts_root
+from companions.text import printable
+from companions.view import Mount, build_view
+from companions.worker import Result, Worker, current_directory, run
+
+# logrotate reads no larger file.
+LARGEST_FILE = 0xFFFFFF
+
+
+class Places(NamedTuple):
+    """Where a run may read and write: the paths of rotation files and of the directories that it searches."""
+
+    targets: list[str]
+    directories: list[str]
+
+
+@functools.cache
+def real_directory(path: str, must_exist: bool) -> str | None:
+    """Returns the path of a directory without links. Runs neither make nor replace directories."""
+    return os.path.realpath(path) if os.path.isdir(path) or not must_exist else None
+
+
+def find_places(arguments: list[str], root: str, must_exist: bool) -> Places:
+    """Finds the places of a run in the view. Raises Failure if a target is too large for a view in memory."""
+    targets = [path for path in targets_of(arguments) if os.path.basename(path)]
+    directories = {os.path.dirname(path) for path in targets}
+    for path in targets:
+        if os.path.islink(path):
+            directories.add(os.path.dirname(os.path.realpath(path)))
+        if os.path.isfile(path) and os.stat(path).st_size > LARGEST_FILE:
+            raise Failure(f"{printable(path)} is larger than 16 MiB, so logrotate does not read it")
+    for path in log_directories_of(arguments, root):
+        directories.update(glob.glob(path) if glob.has_magic(path) else [path])
+    # A run replaces a link at the path of a target, so only links in its directory are followed.
+    real = [(real_directory(os.path.dirname(path), must_exist), os.path.basename(path)) for path in targets]
+    return Places([os.path.join(directory, name) for directory, name in real if directory],
+                  sorted(filter(None, {real_directory(path, must_exist) for path in directories})))
+
+
+def find_root() -> str:
+    """Returns the root directory of the virtual hosts, or an empty path if no run succeeds anyway."""
+    with contextlib.suppress(Failure, OSError):
+        return vhosts_root()
+    return ""
+
+
+class Machine:
+    """A view of the machine, in which runs follow one another. The machine itself is not changed."""
+
+    def __init__(self) -> None:
+        directory = current_directory()
+        self.mounts, self.silent = build_view()
+        self.mounts.sort(key=lambda each: len(each.path), reverse=True)
+        self.worker = Worker(self.mounts, directory)
+        self.root = self.worker.call(find_root)
+        self.targets: set[str] = set()
+        self.searched: set[str] = set()
+        self.configuration = tuple(f"{self.worker.call(real_directory, path, False)}/" for path in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY))
+
+    def mount_of(self, path: str) -> Mount:
+        """Returns the mount of a path without links."""
+        return next(each for each in self.mounts if each.contains(path))
+
+    def run(self, arguments: list[str]) -> Result:
+        """Runs the program in the view. Raises Failure if the run on the machine might do something else."""
+        places = self.worker.call(find_places, arguments, self.root, not self.silent)
+        self.targets.update(places.targets)
+        for directory in places.directories:
+            self.search(directory)
+        try:
+            result = self.worker.call(run, [PROGRAM, *arguments])
+        except OSError as error:
+            raise Failure(f"cannot start {PROGRAM}: {error.strerror}") from error
+        if os.strerror(errno.EROFS).encode() in result.error:
+            for each in map(self.mount_of, places.directories):
+                if each.needs_overlay() and not each.covered:
+                    raise Failure(f"{printable(each.path)} ({each.kind}) accepts no overlay, and the run may need to write there")
+        return result
+
+    def search(self, directory: str) -> None:
+        """Raises Failure if the view of the directory is not complete."""
+        if directory in self.searched:
+            return
+        for each in self.silent:
+            if each.contains(directory) or os.path.dirname(each.path) == directory:
+                raise Failure(f"{printable(each.path)} ({each.kind}) does not answer, and the run may need it")
+        place = self.mount_of(directory)
+        real = place.real + directory[len(place.path.rstrip("/")):]
+        try:
+            with os.scandir(real) as entries:
+                for entry in entries:
+                    if not (entry.is_file(follow_symlinks=False) or entry.is_dir(follow_symlinks=False) or entry.is_symlink()):
+                        status = entry.stat(follow_symlinks=False)
+                        if place.covered and stat.S_ISCHR(status.st_mode) and status.st_rdev == 0:
+                            raise Failure(f"{printable(directory + '/' + entry.name)} is the device 0,0, which a view cannot contain")
+        except (FileNotFoundError, NotADirectoryError):
+            pass
+        self.searched.add(directory)
+
+    def is_rotation_file(self, path: str) -> bool:
+        """Returns whether the path is in a configuration directory or is a target of a run."""
+        return path.startswith(self.configuration) or path in self.targets
+
+    def changes(self) -> Changes:
+        """Returns what all runs changed together."""
+        changes = Changes()
+        for each in self.mounts:
+            for path in files_below(each.upper) if each.covered else ():
+                rest = path[len(each.upper):]
+                change = Change(each.path.rstrip("/") + rest, each.real + rest, path)
+                if change.exists():
+                    changes.add(change, not self.is_rotation_file(change.path))
+        changes.sort()
+        return changes
