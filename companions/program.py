@@ -22,9 +22,6 @@ CATEGORIES = {
     "modsecurity": f"{SYSTEM_DIRECTORY}/mod_security",
 }
 
-# The logs whose stanzas a run for the panel's own file anonymizes. The other categories have no such choice.
-TARGET_LOGS = ("/var/log/maillog.processed", "/var/log/tavek/xferlog.processed")
-
 # The directories of each category's logs, from which a run removes copies.
 CATEGORY_LOGS = {
     "apache": ("/var/log/apache2",),

@@ -4,7 +4,7 @@ import re
 from collections.abc import Sequence
 from typing import NamedTuple
 
-from companions.program import LOG_FAMILIES, TARGET_LOGS
+from companions.program import LOG_FAMILIES
 from companions.rotation_file import Stanza
 
 OPTIONS = ("period-type", "period", "rot-count", "compress", "email", "anonymize-ip")
@@ -41,24 +41,22 @@ def settings_of(stanzas: Sequence[Stanza], category: str | None) -> Settings:
         line = stanza.of_kind(kind)[-1:]
         match = re.fullmatch(pattern, line[0].text) if line else None
         if line and not match:
-            problems[setting] = f"line {line[0].number}: {line[0].text}"
+            problems.setdefault(setting, f"line {line[0].number}: {line[0].text}")
         return SWITCHES.get(match[1], match[1]) if match else "false" if kind == "anonymizer" else ""
 
     found = {setting: list(dict.fromkeys(value(setting, stanza) for stanza in relevant(stanzas, setting, category)))
              for setting in LINES if not category or setting not in HOST_OPTIONS}
     for line in (line for stanza in stanzas for line in stanza.of_kind("other") if OTHER_PERIOD.match(line.text)):
-        problems["period"] = f"line {line.number}: {line.text}"
+        problems.setdefault("period", f"line {line.number}: {line.text}")
     if not category and not any(found["period"]):
         problems.setdefault("period", "no period")
     return Settings(found, options_of(found, category), problems)
 
 
 def relevant(stanzas: Sequence[Stanza], setting: str, category: str | None) -> Sequence[Stanza]:
-    """Returns the stanzas that a first run anonymizes. A later run also anonymizes a host's php-fpm stanza."""
-    if setting != "anonymize-ip":
+    """Returns the stanzas that a first run anonymizes. Only a later run also anonymizes a host's php-fpm stanza."""
+    if setting != "anonymize-ip" or category:
         return stanzas
-    if category:
-        return [each for each in stanzas if category != "tavek" or {*each.logs()[:1]} & {*TARGET_LOGS}] or stanzas
     return [each for each in stanzas if not each.head.endswith(f"/{LOG_FAMILIES[-1]} ")] or stanzas
 
 

@@ -53,7 +53,8 @@ FILES = {
 LINES = ["\tdaily\n", "\tweekly\n", " rotate 3\n", "\trotate 07\n", "\tsize 10M\n", "\tsize=10M\n", "\tcompress\n",
          "\tnocompress\n", "\tmissingok\n", "\tmail a@b.example\n", "\tmaillast\n", "\tyearly\n", "\tminsize 1M\n",
          "# a comment\n", "\n", "\tdateext\n", "}\n", "/var/log/x {\n", "/var/log/x { # note\n",
-         "\tpostrotate\n\t\ttrue\n\tendscript\n", "\tdaily # note\n", "\udcff\n", "\t\t/usr/local/bin/anonymize_ip $*\n", "\tsize abc\n", "\trotate\n", "\tmail  b@c.example \n", "no newline"]
+         "\tpostrotate\n\t\ttrue\n\tendscript\n", "\tdaily # note\n", "\udcff\n",
+         "\t\t/usr/local/bin/anonymize_ip $*\n", "\tsize abc\n", "\trotate\n", "\tmail  b@c.example \n", "no newline"]
 # For each setting, values and the lines that it concerns.
 SETTINGS = {
     "period": (["daily", "weekly", "monthly", "5M", "100k"], r"[ \t]*(?:size|daily|weekly|monthly)"),
