@@ -89,17 +89,19 @@ class Touched:
                 change = Change(place.path.rstrip("/") + rest, self.known.get(path, lower), new)
                 if change.exists():
                     changes.add(change, not self.is_rotation_file(change.path))
-                self.known[path] = self.keep(change)
+                # A later run may change the file, and the differences are shown after all runs.
+                self.known[path] = change.new = self.keep(change)
         changes.sort()
         return changes
 
     def keep(self, change: Change) -> str:
         """Keeps the new state of a file. Returns the path of the state, where nothing is if there is no file."""
-        if change.new_status is None or not change.new.startswith(SCRATCH + "/"):
+        if change.new_status is not None and not change.new.startswith(SCRATCH + "/"):
             return change.new
         self.states += 1
         state = f"{STATES}/{self.states}"
-        os.link(change.new, state, follow_symlinks=False)
+        if change.new_status is not None:
+            os.link(change.new, state, follow_symlinks=False)
         return state
 
     def check(self) -> None:
