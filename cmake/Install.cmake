@@ -23,6 +23,7 @@ install(DIRECTORY contrib/ansible/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples
 install(FILES man/tavek-logrotate.8 man/tavek-logrotate-show.8 man/tavek-logrotate-preview.8 man/tavek-logrotate-check.8
   DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
 install(FILES man/oru.conf.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
+install(FILES man/tavek-logrotate-recipes.7 DESTINATION "${CMAKE_INSTALL_MANDIR}/man7")
 # bash-completion finds a file by the name of the command.
 install(FILES completion/tavek-logrotate.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
   RENAME tavek-logrotate)
