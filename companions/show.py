@@ -53,6 +53,7 @@ class Entry:
             self.path += PAUSED
             self.note(REFUSE, "paused")
         try:
+            status = os.lstat(self.path)
             self.text = rotation_file.read(self.path)
         except FileNotFoundError:
             self.note(REFUSE, "no rotation file")
@@ -61,6 +62,9 @@ class Entry:
             self.note(REFUSE, f"cannot be read: {error.strerror if isinstance(error, OSError) else error}")
             self.failed = True
         else:
+            if stat.S_ISLNK(status.st_mode) or stat.S_IMODE(status.st_mode) != 0o644:
+                self.note(WARN, "a run would replace this link by a file" if stat.S_ISLNK(status.st_mode) else
+                          f"a run would change mode {stat.S_IMODE(status.st_mode):04o} to 0644")
             self.judge(rotation_file.parse(self.text), [f"{system}/{host}/logs/{family} " for family in LOG_FAMILIES], header)
 
     def judge(self, file: rotation_file.RotationFile, heads: list[str], header: str) -> None:
@@ -74,10 +78,6 @@ class Entry:
         if not self.category and (file.outside != header or [stanza.head for stanza in file.stanzas] != heads or
                                   any(stanza.of_kind("other") or stanza.of_kind("script") for stanza in file.stanzas)):
             self.note(INFORM, "edited by hand")
-        status = os.lstat(self.path)
-        if stat.S_ISLNK(status.st_mode) or stat.S_IMODE(status.st_mode) != 0o644:
-            self.note(WARN, "a run would replace this link by a file" if stat.S_ISLNK(status.st_mode) else
-                      f"a run would change mode {stat.S_IMODE(status.st_mode):04o} to 0644")
 
     def words(self, options: dict[str, str]) -> list[str]:
         return [f"--{self.category}-logs" if self.category else "on", *words(options, self.category)]

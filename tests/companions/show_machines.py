@@ -11,7 +11,7 @@ The hosts' files are made by runs, and some are then edited. The categories' fil
 --seed repeats the machines of an earlier check.
 """
 
-import collections
+import ast
 import concurrent.futures
 import os
 import pathlib
@@ -22,10 +22,19 @@ import shutil
 import stat
 import subprocess
 import sys
+from collections import Counter
+from collections.abc import Iterable
 
 sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1]))
 
-TOOL = "/opt/oru/admin/sbin/tavek-logrotate"
+from lib.report import Report  # noqa: E402
+from lib.sandbox import TOOL, TOP, arguments, scratch  # noqa: E402
+
+# For each path the mode, the content and, if wanted, what else identifies the file.
+State = dict[str, tuple[int, bytes, tuple[int, int] | None]]
+Counts = Counter[str]
+
 HOSTS = "/opt/oru/etc/logrotate.d"
 TREES = ["/etc/logrotate.d", "/opt/oru/etc", "/var"]
 TEMPORARY = ".Ab12Cd"
@@ -67,11 +76,11 @@ SETTINGS = {
 
 # ---- inside the sandbox
 
-def run(*words):
+def run(*words: str) -> subprocess.CompletedProcess[bytes]:
     return subprocess.run(words, stdin=subprocess.DEVNULL, capture_output=True, check=False)
 
 
-def show(*words):
+def show(*words: str) -> list[str]:
     """Returns the printed lines, after checking that the command has changed nothing and left nothing behind."""
     before = state(exact=True)
     result = run("tavek-logrotate-show", *words)
@@ -80,19 +89,19 @@ def show(*words):
     return os.fsdecode(result.stdout).split("\n")
 
 
-def state(exact=False):
-    found = {}
+def state(exact: bool = False) -> State:
+    found: State = {}
     for tree in TREES:
         for folder, folders, files in os.walk(tree):
             for path in (os.path.join(folder, name) for name in folders + files):
                 status = os.lstat(path)
-                content = (os.readlink(path) if stat.S_ISLNK(status.st_mode) else
-                           pathlib.Path(path).read_bytes() if stat.S_ISREG(status.st_mode) else None)
-                found[path] = (status.st_mode, content) + ((status.st_ino, status.st_mtime_ns) if exact else ())
+                content = (os.fsencode(os.readlink(path)) if stat.S_ISLNK(status.st_mode) else
+                           pathlib.Path(path).read_bytes() if stat.S_ISREG(status.st_mode) else b"")
+                found[path] = status.st_mode, content, (status.st_ino, status.st_mtime_ns) if exact else None
     return found
 
 
-def random_settings(chance):
+def random_settings(chance: random.Random) -> list[str]:
     period = chance.choice(["daily", "weekly", "monthly", "10M", "1", "100k"])
     words = [f"--period-type={'by_time' if period.isalpha() else 'by_size'}", f"--period={period}",
              f"--compress={chance.choice(['true', 'false', 'keep'])}", "-K"]
@@ -107,22 +116,26 @@ class Machine:
     `edited` are the paths of the files that were edited by hand.
     """
 
-    def __init__(self, chance):
+    def __init__(self, chance: random.Random) -> None:
         for tree in TREES:
             for name in os.listdir(tree):
                 path = os.path.join(tree, name)
-                (shutil.rmtree if os.path.isdir(path) and not os.path.islink(path) else os.unlink)(path)
+                if os.path.isdir(path) and not os.path.islink(path):
+                    shutil.rmtree(path)
+                else:
+                    os.unlink(path)
         self.root = chance.choice(["/var/www/vhosts", "/var/my vhosts"])
         pathlib.Path("/etc/oru/oru.conf").write_text(f"HTTPD_VHOSTS_D {self.root}\n" if "my" in self.root else "")
         os.mkdir(HOSTS)
-        self.plain, self.edited = set(), set()
+        self.plain: set[str] = set()
+        self.edited: set[str] = set()
         for name in chance.sample(NAMES, chance.randrange(2, 6)):
             os.makedirs(f"{self.root}/system/{name}")
             self.make_host(f"{HOSTS}/{name}", chance)
         for category in chance.sample([*CATEGORIES], chance.randrange(4)):
             self.make_category(category, chance)
 
-    def make_host(self, path, chance):
+    def make_host(self, path: str, chance: random.Random) -> None:
         if chance.random() < 0.1:
             pathlib.Path(path + TEMPORARY).write_text("/var/log/x {\n\tdaily\n}\n")
         for number in range(chance.choice([1, 1, 1, 2, 3])):
@@ -144,7 +157,7 @@ class Machine:
         elif number == 0:
             self.plain.add(os.path.basename(path))
 
-    def make_category(self, category, chance):
+    def make_category(self, category: str, chance: random.Random) -> None:
         path = CATEGORIES[category]
         pathlib.Path(path).write_text(FILES[category])
         for _ in range(chance.choice([0, 0, 1, 2])):
@@ -153,7 +166,7 @@ class Machine:
         if chance.random() < 0.3:
             self.edit(path, chance)
 
-    def edit(self, path, chance):
+    def edit(self, path: str, chance: random.Random) -> None:
         self.edited.add(path)
         lines = os.fsdecode(pathlib.Path(path).read_bytes()).splitlines(keepends=True)
         for _ in range(chance.choice([1, 1, 1, 2, 5])):
@@ -162,14 +175,14 @@ class Machine:
         pathlib.Path(path).write_bytes(os.fsencode("".join(lines)))
 
 
-def path_of(command):
+def path_of(command: str) -> str:
     words = shlex.split(command)
     if found := re.fullmatch("--(.*)-logs", words[1]):
         return CATEGORIES[found[1]]
     return f"{HOSTS}/{words[1].removeprefix('--vhost-name=')}"
 
 
-def commands(lines):
+def commands(lines: list[str]) -> dict[str, str]:
     """Returns the path of each command's file, with the comment above the command."""
     found = {}
     for above, line in zip(lines, lines[1:]):
@@ -178,13 +191,13 @@ def commands(lines):
     return found
 
 
-def run_commands(lines):
+def run_commands(lines: list[str]) -> list[str]:
     result = subprocess.run(["sh", "-e"], input=os.fsencode("\n".join(lines)), capture_output=True, check=False)
     return [f"sh ends with status {result.returncode}: {result.stderr!r}"] if result.returncode or result.stderr else []
 
 
-def restore(before):
-    for path, (mode, content) in before.items():
+def restore(before: State) -> None:
+    for path, (mode, content, _) in before.items():
         if stat.S_ISREG(mode):
             pathlib.Path(path).unlink(missing_ok=True)
             pathlib.Path(path).write_bytes(content)
@@ -194,7 +207,7 @@ def restore(before):
             os.symlink(content, path)
 
 
-def check_unchanged(before, counts):
+def check_unchanged(before: State, counts: Counts) -> tuple[list[str], list[str]]:
     lines = show("--commands")
     found = commands(lines)
     problems = run_commands(lines)
@@ -213,13 +226,13 @@ def check_unchanged(before, counts):
     return problems, lines
 
 
-def check_given_back(machine, before, lines, counts):
+def check_given_back(machine: Machine, before: State, lines: list[str], counts: Counts) -> list[str]:
     for name in os.listdir(HOSTS):
         os.unlink(f"{HOSTS}/{name}")
     active = [line for line in lines if re.match("tavek-logrotate (?!--[a-z0-9]*-logs )", line)]
     missing = {f"{HOSTS}/{name}" for name in machine.plain} - {path_of(line) for line in active}
     problems = [f"{path!r} has no command" for path in missing if path.isprintable()]
-    given_back = set()
+    given_back: set[str] = set()
     for number in 1, 2:
         problems += run_commands(active)
         back = {path for path in map(path_of, active) if state().get(path) == before[path]}
@@ -229,11 +242,11 @@ def check_given_back(machine, before, lines, counts):
     return problems + [f"{path!r} is not given back" for path in plain - given_back]
 
 
-def without(text, pattern):
+def without(text: str, pattern: str) -> list[str]:
     return [line for line in text.split("\n") if not re.match(pattern, line)]
 
 
-def wanted_lines(setting, value):
+def wanted_lines(setting: str, value: str) -> set[str]:
     """Returns the lines that remain of the setting."""
     if setting == "period":
         return {f"\t{value}" if value in ("daily", "weekly", "monthly") else f"\tsize={value}"}
@@ -241,7 +254,7 @@ def wanted_lines(setting, value):
             "email": {f"\tmail {value}", "\tmailfirst"} if value else set()}[setting]
 
 
-def check_setting(machine, before, chance, counts):
+def check_setting(machine: Machine, before: State, chance: random.Random, counts: Counts) -> list[str]:
     setting = chance.choice([*SETTINGS])
     values, pattern = SETTINGS[setting]
     value = chance.choice(values)
@@ -268,12 +281,12 @@ def check_setting(machine, before, chance, counts):
     return problems
 
 
-def inside(seed):
-    """Checks one machine. Prints the counts and then the problems."""
+def inside(seed: int) -> tuple[Counts, list[str]]:
+    """Checks one machine and returns the counts and the problems."""
     chance = random.Random(seed)
     machine = Machine(chance)
     before = state()
-    counts = collections.Counter(machines=1, plain=len(machine.plain))
+    counts = Counts(machines=1, plain=len(machine.plain))
     problems, lines = check_unchanged(before, counts)
     restore(before)
     problems += check_setting(machine, before, chance, counts)
@@ -282,13 +295,13 @@ def inside(seed):
     return counts, problems
 
 
-def worker(seeds):
+def worker(seeds: Iterable[int]) -> None:
     """Prints one line per machine: its seed, the counts and the problems."""
     for seed in seeds:
         try:
             counts, problems = inside(seed)
         except AssertionError as error:
-            counts, problems = {}, [str(error)]
+            counts, problems = Counts(), [str(error)]
         print(ascii((seed, dict(counts), problems)), flush=True)
 
 
@@ -299,26 +312,27 @@ LEAST = {"unchanged": 2.5, "with a comment": 0.5, "refused": 0.3, "plain": 0.8, 
          "given back by run 2": 0.1, "setting changed lines": 1}
 
 
-def check(program, seeds, report, totals):
-    import ast
-    with lib.sandbox.scratch(program) as sandbox:
-        shutil.copy(__file__, sandbox.path("/tmp/machines.py"))
-        command = sandbox.command("python3", "-Xutf8", "/tmp/machines.py", "--inside", *map(str, seeds))
+def check(program: pathlib.Path, seeds: Iterable[int], report: Report, totals: Counts) -> int:
+    with scratch(program) as sandbox:
+        shutil.copytree(TOP / "tests/lib", sandbox.path("/tmp/tests/lib"))
+        shutil.copytree(TOP / "tests/companions", sandbox.path("/tmp/tests/companions"))
+        script = "/tmp/tests/companions/show_machines.py"
+        command = sandbox.command("/usr/bin/python3", "-Xutf8", script, "--inside", *map(str, seeds))
         with subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True) as process:
-            for line in process.stdout:
+            for line in process.stdout or ():
                 seed, counts, problems = ast.literal_eval(line)
                 totals.update(counts)
                 report.tell(f"machine {seed}", problems)
     return process.returncode
 
 
-def main():
-    parser = lib.sandbox.arguments(__doc__)
+def main() -> int:
+    parser = arguments(__doc__)
     parser.add_argument("--machines", type=int, default=50)
     parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(10**6))
     options = parser.parse_args()
-    report = lib.report.Report(options.machines, "machines")
-    totals = collections.Counter()
+    report = Report(options.machines, "machines")
+    totals = Counts()
     seeds = range(options.seed, options.seed + options.machines)
     with concurrent.futures.ThreadPoolExecutor(WORKERS) as pool:
         for future in [pool.submit(check, options.program, seeds[first::WORKERS], report, totals) for first in range(WORKERS)]:
@@ -334,7 +348,4 @@ if __name__ == "__main__":
     if sys.argv[1:2] == ["--inside"]:
         worker(map(int, sys.argv[2:]))
     else:
-        sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1]))
-        import lib.report
-        import lib.sandbox
         sys.exit(main())
