@@ -20,7 +20,7 @@ from types import FrameType
 from lib.report import SKIPPED
 from lib.sandbox import TOP
 
-INTERVAL, POLL = 20.0, 2.0
+INTERVAL, POLL = 10.0, 2.0
 SKIPPED_LINE = re.compile(rb"^SKIPPED .*|^.*\*\*\*Skipped.*", re.M)
 
 
@@ -74,7 +74,8 @@ class Gate:
 
     def _run_step(self, step: Step) -> str:
         begin, log = time.monotonic(), self.logs / f"{step.name}.log"
-        self._say(step.name)
+        number = len(self.results) + len(self.running) + 1
+        self._say(f"{step.name} ({number} of {sum(map(len, self.lanes))})")
         with open(log, "wb") as output:
             process = subprocess.Popen(["bash", "-euo", "pipefail", "-c", step.script], cwd=TOP, stdin=subprocess.DEVNULL,
                                        stdout=output, stderr=subprocess.STDOUT, start_new_session=True)
