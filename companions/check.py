@@ -2,324 +2,273 @@
 
 import argparse
 import collections
-import contextlib
-import json
 import os
 import re
 import stat
-import subprocess
+import sys
 import time
+from typing import NoReturn
 
-from companions.command import Failure
-from companions.program import CATEGORIES, HOSTS_CONFIGURATION, HOSTS_DIRECTORY, PANEL_FILE, SYSTEM_DIRECTORY, hosts_of_panel, vhosts_root
-from companions.program import without_temporary_suffix
-from companions.text import escaped, printable, shell_quoted, valid
+from companions import findings as report
+from companions import log_view
+from companions.command import Failure, message
+from companions.configuration import Configuration, Panel, is_managed, is_unknown_host, missing_commands
+from companions.findings import KINDS, UNKNOWN, Finding, is_host_file
+from companions.host_files import FOREIGN, HOST_LOG, repair, stanza_problems
+from companions.log_service import LOGROTATE, LOGROTATE_SECONDS, Reading, logs_key
+from companions.logs import LARGEST_DIRECTORY, Directories, Logs, is_pattern
+from companions.program import ANONYMIZER, HOSTS_CONFIGURATION, HOSTS_DIRECTORY, PANEL_FILE, PROGRAM, SYSTEM_DIRECTORY
+from companions.state_file import StateFile
+from companions.text import printable, shell_quoted
+from companions.view import SCRATCH
 
-LOGROTATE = "/usr/sbin/logrotate"
-MAIL = "/usr/bin/mail"  # logrotate's default mail program (see -m).
-CATEGORY_FILES = set(CATEGORIES.values())
-# A temporary file that is younger may belong to a run in progress.
+# A file that is younger may belong to a run in progress.
 LEFTOVER_SECONDS = 60
-LOGROTATE_SECONDS = 60
+MOST_REPAIRS = 20
 NO_CHECK = 2
 
-Finding = collections.namedtuple("Finding", "file line kind text")
-
-
-def files_in(directory):
-    """Returns the paths in a directory with the status of each. A missing directory has none."""
-    files = {}
-    with contextlib.suppress(FileNotFoundError, NotADirectoryError), os.scandir(directory) as entries:
-        for entry in entries:
-            # A run in progress may remove its temporary file in the meantime.
-            with contextlib.suppress(FileNotFoundError):
-                files[f"{directory}/{entry.name}"] = entry.stat(follow_symlinks=False)
-    return files
-
-
-class Panel:
-    """The panel's hosts on this machine: the directories in `directory`, or None if there is no such directory."""
-
-    def __init__(self):
-        root = vhosts_root()
-        self.directory = root + "/system"
-        self.hosts = hosts_of_panel(root)
-
-
-class Reading:
-    """The messages of logrotate when it reads the configuration file `main`, and then the files and directories `more`.
-
-    A message contains either a path or the name of a file in the directory that logrotate included last.
-    """
-
-    def __init__(self, files, main, more=()):
-        self.main = main
-        self.included = set()
-        self.directories = list(more)
-        self.read = {}
-        self.ignored = {}
-        self.faulty = set()
-        self.errors = []
-        self.paths = {}
-        self.mentioned = set()
-        self.index = None
-        # An error about a duplicate entry contains the name of a log, which cannot contain a slash.
-        said, _, more_said = run_logrotate([main, *more], files).partition("\nReading state from file: /")
-        for line in said.split("\n"):
-            self.take(line)
-        # The rest contains names of logs. Site owners can choose names that look like messages.
-        state, *lines = more_said.split("\n")
-        self.current = "/" + state, None
-        for line in lines:
-            self.take_about_log(line)
-
-    def take(self, line):
-        if line.startswith("including "):
-            path = os.path.join("/", line.removeprefix("including "))
-            real = os.path.realpath(path)
-            self.included.add(real)
-            managed = (directory for directory in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY) if os.path.realpath(directory) == real)
-            self.directories.append(next(managed, path))
-        elif line.startswith("reading config file "):
-            path = self.resolve(line.removeprefix("reading config file "))
-            self.read[path] = True
-            self.included.add(os.path.realpath(path))
-        elif match := re.fullmatch(r"(error: )?Ignoring (.*?),? (because .*?)\.?", line):
-            path = self.resolve(match[2])
-            if match[1]:
-                self.add(path, None, "permissions", f"ignored {match[3]}")
-            else:
-                self.ignored[path] = match[3]
-        elif line.startswith("error: ") or line.startswith("warning: ") and " unknown option " in line:
-            self.take_error(line.partition(" ")[2])
-
-    def take_about_log(self, line):
-        # The first word of a pattern contains a slash. The name of a log cannot contain one.
-        if match := re.match(r"rotating pattern: (\S*/.*?)(?:  |$)", line):
-            self.current = self.find_pattern(match[1])
-        elif line.startswith("error: "):
-            self.add(*self.current, "error", line.removeprefix("error: "))
-
-    def take_error(self, text):
-        for match in re.finditer(r":(\d+)[:,]? ", text):
-            path = self.paths.get(text[:match.start()])
-            if path:
-                said = text[match.end():]
-                self.add(path, int(match[1]), "duplicate" if said.startswith("duplicate ") else "error", said)
-                return
-        if match := re.fullmatch(r"(?:cannot stat|failed to open config file) (.*): (.*)", text):
-            self.add(self.resolve(match[1]), None, "error", match[2])
-        elif match := re.fullmatch(r"found error in file (.*), skipping", text):
-            path = self.paths.get(match[1], self.main)
-            if path not in self.faulty:
-                self.add(path, None, "error", "logrotate skips this file")
-        elif not text.startswith("found error in "):
-            self.add(next(reversed(self.read), self.main), None, "error", text)
-
-    def add(self, path, line, kind, text):
-        self.faulty.add(path)
-        self.errors.append((path, line, kind, text.replace("\0", "\n")))
-
-    def resolve(self, name):
-        """Returns the path of a name. logrotate mentions each file of a directory only once."""
-        paths = [os.path.join(directory, name.replace("\0", "\n")) for directory in ["/", *self.directories]][::-1]
-        path = next((path for path in paths if path not in self.mentioned and os.path.lexists(path)), paths[0])
-        self.mentioned.add(path)
-        self.paths[name] = path
-        return path
-
-    def find_pattern(self, pattern):
-        """Returns the file and the line of the stanza with this pattern, because messages about logs contain neither.
-
-        If there is no such stanza, returns the main file without a line.
-        """
-        if self.index is None:
-            self.index = {}
-            for path in self.read:
-                with contextlib.suppress(OSError), open(path, errors="surrogateescape") as file:
-                    for number, line in enumerate(file, 1):
-                        patterns = line.partition("{")[0].split()
-                        for key in " ".join(patterns), *(each.strip("\"'") for each in patterns):
-                            self.index.setdefault(key, (path, number))
-        # A pattern of several lines is found by its first word.
-        first = pattern.split()[0].strip("\"'")
-        return self.index.get(" ".join(pattern.split()), self.index.get(first, (self.main, None)))
-
-
-def run_logrotate(arguments, files):
-    """Returns the messages of logrotate. In the names of the files each newline is replaced with NUL."""
-    with contextlib.ExitStack() as pipes:
-        for path, status in files.items():
-            # logrotate waits for a FIFO forever unless another process has opened the FIFO for writing.
-            if stat.S_ISFIFO(status.st_mode):
-                pipes.callback(os.close, os.open(path, os.O_RDWR | os.O_NONBLOCK | os.O_NOFOLLOW))
-        try:
-            result = subprocess.run([LOGROTATE, "--debug", *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                    stderr=subprocess.PIPE, cwd="/", timeout=LOGROTATE_SECONDS, check=False)
-        except OSError as error:
-            raise Failure(f"cannot start {LOGROTATE}: {error.strerror}") from error
-        except subprocess.TimeoutExpired as error:
-            raise Failure(f"{LOGROTATE} --debug does not end within {LOGROTATE_SECONDS} s") from error
-    said = os.fsdecode(result.stderr)
-    for name in (os.path.basename(path) for path in files if "\n" in path):
-        said = said.replace(name, name.replace("\n", "\0"))
-    return said
-
-
-def commands_in(path):
-    """Returns the programs that a rotation file needs for mail and for anonymizing, with the first line that needs each."""
-    commands = {}
-    with contextlib.suppress(OSError), open(path, errors="surrogateescape") as file:
-        for number, line in enumerate(file, 1):
-            words = line.split()
-            if len(words) > 1 and (words[0] == "mail" or words[0].endswith("/anonymize_ip")):
-                commands.setdefault(MAIL if words[0] == "mail" else words[0], number)
-    return commands
+SHARED_SCRIPTS = re.compile(r"^[ \t]*(no)?sharedscripts[ \t]*$", re.MULTILINE)
 
 
 class Check:
-    """The findings about the machine. Reads everything once, at the start."""
+    """The findings about the machine."""
 
-    def __init__(self, main):
+    def __init__(self, main: str):
         self.main = main
-        self.panel = Panel()
-        self.files = files_in(HOSTS_DIRECTORY) | files_in(SYSTEM_DIRECTORY)
-        beside = files_in(os.path.dirname(PANEL_FILE))
-        self.files |= {path: beside[path] for path in beside if path.startswith(PANEL_FILE)}
-        self.temporary = {path for path in self.files if self.is_temporary(path)}
-        self.findings = set()
+        self.findings: set[Finding] = set()
+        refusal = log_view.enter()
+        self.scratch = None if refusal else SCRATCH
+        if refusal:
+            self.add(LOGROTATE, 0, "unchecked", f"no private view of the logs is possible ({refusal}), "
+                     "so their names and their number can mislead and delay logrotate")
+        self.panel = Panel(self.scratch)
+        self.configuration = Configuration(main, self.panel)
+        self.directories = Directories()
+        self.state = StateFile()
+        self.guarded = ["/opt/oru", "/opt/oru/etc", HOSTS_DIRECTORY, os.path.dirname(PROGRAM), PROGRAM, ANONYMIZER,
+                        SYSTEM_DIRECTORY, self.panel.root, self.panel.directory]
+        self.check_permissions()
+        self.check_stanzas()
+        self.check_leftovers()
+        logs = self.look_at_logs()
+        self.check_state(logs)
+        self.view = None if refusal else self.build_view()
         reading = self.read_everything()
         self.check_messages(reading)
-        self.check_directories()
-        self.check_leftovers()
         self.check_hosts(reading)
-        self.check_commands(reading)
+        self.check_files(reading)
+        self.check_includes(reading)
+        self.check_logs(reading, logs)
 
-    def add(self, path, line, kind, text):
+    def add(self, path: str, line: int, kind: str, text: str) -> None:
         self.findings.add(Finding(path, line, kind, text))
 
-    def is_temporary(self, path):
-        """Returns whether this may be the temporary file of a run: a rotation file's path, a dot and six characters."""
-        name = without_temporary_suffix(path)
-        if name is None:
-            return False
-        if path in self.files and not stat.S_ISREG(self.files[path].st_mode):
-            return False
-        if os.path.dirname(path) != HOSTS_DIRECTORY:
-            return name in CATEGORY_FILES
-        hosts = self.panel.hosts or ()
-        return os.path.basename(path) not in hosts and (name in self.files or os.path.basename(name) in hosts)
+    def check_permissions(self) -> None:
+        """Reports directories in which other users could make root run commands. logrotate does not check this."""
+        for path in filter(os.path.exists, self.guarded):
+            status = os.stat(path)
+            if status.st_uid != 0 or status.st_mode & 0o022:
+                self.add(path, 0, "permissions", "writable by users other than root: "
+                         f"mode {stat.S_IMODE(status.st_mode):04o}, owner {status.st_uid}:{status.st_gid}")
 
-    @staticmethod
-    def is_managed(path):
-        return os.path.dirname(path) == HOSTS_DIRECTORY or path in CATEGORY_FILES
+    def check_stanzas(self) -> None:
+        rotations = self.configuration.rotation
+        others = [pattern for rotation in rotations.values() for stanza in rotation.stanzas for pattern in stanza.logs()
+                  if is_pattern(os.path.dirname(pattern))]
+        for path in self.configuration.host_files() & rotations.keys():
+            # An empty file may be the start of a run. logrotate reports it.
+            if os.path.basename(path) in (self.panel.hosts or ()) and (text := self.configuration.texts[path]):
+                for line, problem in stanza_problems(path, self.panel.root, text, rotations[path], others):
+                    self.add(path, line, "stanza", problem)
 
-    def read_everything(self):
+    def check_leftovers(self) -> None:
+        for path in self.configuration.temporary:
+            if time.time() - self.configuration.files[path].st_mtime >= LEFTOVER_SECONDS:
+                self.add(path, 0, "leftover", f"temporary file of a killed run; look at it, then: rm {shell_quoted(path)}")
+
+    def look_at_logs(self) -> dict[tuple[str, int, str, str], Logs]:
+        """Returns the logs of each pattern, by the file and line of the stanza, the stanza's logs and the pattern."""
+        return {(path, stanza.number, logs_key(" ".join(stanza.logs())), pattern): Logs(pattern, self.directories)
+                for path, rotation in self.configuration.rotation.items() for stanza in rotation.stanzas
+                for pattern in stanza.logs()}
+
+    def check_state(self, logs: dict[tuple[str, int, str, str], Logs]) -> None:
+        if problem := self.state.problem(any(each.are_old() for each in logs.values())):
+            self.add(self.state.path, 0, "state", problem)
+
+    def build_view(self) -> log_view.LogView:
+        view = log_view.LogView()
+        for path, rotation in self.configuration.rotation.items():
+            view.add(rotation, self.configuration.texts[path], self.directories)
+        view.finish(self.panel.root, {LOGROTATE, os.devnull, HOSTS_DIRECTORY, *map(os.path.realpath, self.configuration.rotation)})
+        return view
+
+    def read_everything(self) -> Reading:
         """Lets logrotate read the files that it reads every night, and the other files that the tool manages."""
-        more = []
-        reading = Reading(self.files, self.main)
+        more: list[str] = []
+        if self.scratch and self.panel.hosts:
+            # logrotate would ignore a file of some names.
+            for host in self.panel.hosts - {os.path.basename(path) for path in self.configuration.files if is_host_file(path)}:
+                os.makedirs(f"{self.scratch}/names", exist_ok=True)
+                with open(f"{self.scratch}/names/{host}", "w", encoding="ascii") as file:
+                    file.write("#\n")
+                more = [f"{self.scratch}/names"]
+        reading = Reading(self.configuration, self.main, more, self.view and self.view.show)
         # The panel's file may include the hosts' directory.
-        for path in (PANEL_FILE, HOSTS_DIRECTORY, SYSTEM_DIRECTORY):
+        for path in (PANEL_FILE, HOSTS_DIRECTORY, SYSTEM_DIRECTORY) if reading.answered else ():
             if (path == HOSTS_DIRECTORY or os.path.lexists(path)) and os.path.realpath(path) not in reading.included:
+                advice = f"add this line to {self.main}: include {path}"
                 if path == HOSTS_DIRECTORY and os.path.realpath(SYSTEM_DIRECTORY) in reading.included:
                     advice = f"run: cp {HOSTS_CONFIGURATION} {SYSTEM_DIRECTORY}/zz-tavek-logrotate"
-                else:
-                    advice = f"add this line to {self.main}: include {path}"
-                self.add(path, None, "not-included", f"not included; {advice}")
-                more.append(path)
-                reading = Reading(self.files, self.main, more)
+                self.add(path, 0, "not-included", f"not included; {advice}")
+                more.insert(0, path)
+                reading = Reading(self.configuration, self.main, more, self.view and self.view.show)
+        if not reading.answered:
+            self.add(LOGROTATE, 0, "unchecked", f"{LOGROTATE} --debug does not end within {LOGROTATE_SECONDS} s, "
+                     "so nothing that it would report is here")
         return reading
 
-    def check_messages(self, reading):
-        for error in reading.errors:
-            # The temporary file of a run is not an error. The run may have created or removed it in the meantime.
-            if not self.is_temporary(error[0]):
-                self.add(*error)
-        for path, reason in reading.ignored.items():
-            if self.is_managed(path) and path not in reading.read and path not in self.temporary:
-                pipe = path in self.files and stat.S_ISFIFO(self.files[path].st_mode)
-                consequence = "; logrotate waits for this FIFO forever" if pipe else ""
-                self.add(path, None, "ignored", f"ignored {reason}{consequence}")
+    def check_messages(self, reading: Reading) -> None:
+        repairs = 0
+        said = {finding.text for finding in self.findings}
+        for path, line, kind, text in sorted(set(reading.errors)):
+            # The temporary file of a run is not an error. A run may have created or removed a file in the meantime.
+            if self.configuration.is_temporary(path) or is_managed(path) and not line and not os.path.lexists(path):
+                continue
+            if kind == "duplicate":
+                log = text.removeprefix("duplicate log entry for ")
+                match = HOST_LOG.fullmatch(log)
+                if match and FOREIGN + match[2] in said:
+                    continue
+                text = text.replace(log, self.view.patterns.get(log, log) if self.view else log)
+            if self.view and repairs < MOST_REPAIRS and kind == "error" and line and is_host_file(path) and path in self.configuration.texts:
+                repairs += 1
+                text += repair(path, line, self.configuration.texts[path], self.view)
+            self.add(path, line, kind, text)
+        if PANEL_FILE + ".disabled" in self.configuration.files:
+            reading.ignored.setdefault(PANEL_FILE + ".disabled", "because of its name")
+        for path, why in reading.ignored.items():
+            if is_managed(path) and path not in reading.read and path not in self.configuration.temporary:
+                status = self.configuration.files.get(path)
+                # A run creates an empty file first.
+                if status and stat.S_ISREG(status.st_mode) and status.st_size == 0 and time.time() - status.st_mtime < LEFTOVER_SECONDS:
+                    continue
+                pipe = status and stat.S_ISFIFO(status.st_mode)
+                self.add(path, 0, "ignored", f"ignored {why}" + ("; logrotate waits for this FIFO forever" if pipe else ""))
 
-    def check_directories(self):
-        """Reports directories in which other users could make root run commands. logrotate does not check this."""
-        for path in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY):
-            with contextlib.suppress(FileNotFoundError):
-                status = os.stat(path)
-                if status.st_uid != 0 or status.st_mode & 0o022:
-                    self.add(path, None, "permissions", "writable by users other than root: "
-                             f"mode {stat.S_IMODE(status.st_mode):04o}, owner {status.st_uid}:{status.st_gid}")
-
-    def check_leftovers(self):
-        for path in self.temporary:
-            if time.time() - self.files[path].st_mtime >= LEFTOVER_SECONDS:
-                self.add(path, None, "leftover", f"temporary file of a killed run; look at it, then: rm {shell_quoted(path)}")
-
-    def check_hosts(self, reading):
-        names = {os.path.basename(path) for path in self.files
-                 if os.path.dirname(path) == HOSTS_DIRECTORY and path not in self.temporary}
+    def check_hosts(self, reading: Reading) -> None:
+        names = {os.path.basename(path) for path in self.configuration.host_files()}
         if self.panel.hosts is None:
             if names:
-                self.add(self.panel.directory, None, "error", "no such directory, so no host of the panel is known")
+                self.add(self.panel.directory, 0, "error", "no such directory, so no host of the panel is known")
             return
         for name in self.panel.hosts - names:
-            # A file with this name pauses the rotation. logrotate ignores the file, which is a finding of its own.
-            if name + ".disabled" not in names:
-                self.add(f"{HOSTS_DIRECTORY}/{name}", None, "missing", "no such file, so the logs of this host are not rotated")
-        for name in names - self.panel.hosts:
             path = f"{HOSTS_DIRECTORY}/{name}"
-            if path not in reading.ignored:
-                self.add(path, None, "gone", f"no such host: {self.panel.directory}/{name} does not exist")
+            # A file with this name pauses the rotation. logrotate ignores the file, which is a finding of its own.
+            if name + ".disabled" not in names and not os.path.lexists(path) and os.path.isdir(f"{self.panel.directory}/{name}"):
+                why = reading.ignored.get(f"{self.scratch}/names/{name}")
+                lost = f"; logrotate would ignore a file of this name {why}" if why else ""
+                self.add(path, 0, "missing", f"no such file, so the logs of this host are not rotated{lost}")
+        for path in self.configuration.host_files():
+            if is_unknown_host(path, self.panel) and path not in reading.ignored and os.path.lexists(path):
+                name = os.path.basename(path)
+                if not os.path.isdir(f"{self.panel.directory}/{name}"):
+                    self.add(path, 0, "gone", f"no such host: {self.panel.directory}/{name} does not exist")
 
-    def check_commands(self, reading):
-        """logrotate notices only when it rotates a log that it cannot start a program."""
-        for path in reading.read:
-            if self.is_managed(path) and path not in self.temporary:
-                for command, line in commands_in(path).items():
-                    if not os.access(command, os.X_OK):
-                        self.add(path, line, "command", f"{command} does not exist or cannot be executed")
+    def check_files(self, reading: Reading) -> None:
+        """Reports directives that have no effect. logrotate does not notice them."""
+        rotations = self.configuration.rotation
+        for path in [path for path in reading.read if is_managed(path) and path in rotations]:
+            if path in self.configuration.temporary:
+                continue
+            for command, line in missing_commands(rotations[path]).items():
+                self.add(path, line, "command", f"{command} does not exist or cannot be executed")
+            outside = (rotations[self.main].outside + "\n" if self.main in rotations else "") + rotations[path].outside
+            for stanza in rotations[path].stanzas:
+                words = SHARED_SCRIPTS.findall(outside + "\n" + "\n".join(each.text for each in stanza.of_kind("other")))
+                if words and not words[-1] and stanza.of_kind("anonymizer"):
+                    self.add(path, stanza.number, "anonymize", "sharedscripts keeps the script from anonymizing rotated logs; "
+                             "replace it with nosharedscripts")
 
-    def restrict(self, hosts):
-        """Removes findings that are neither about the machine nor about one of the hosts."""
-        def is_wanted(finding):
-            name = finding.file[:-7] if finding.file in self.temporary else finding.file
-            name = name.removesuffix(".disabled")
-            return name in own or name in machine
-        machine = {self.main, HOSTS_DIRECTORY, SYSTEM_DIRECTORY, self.panel.directory}
-        own = {f"{HOSTS_DIRECTORY}/{host}" for host in hosts}
-        self.findings = {finding for finding in self.findings if is_wanted(finding)}
-        for host in hosts:
-            path = f"{HOSTS_DIRECTORY}/{host}"
-            if host not in (self.panel.hosts or ()) and path not in self.files:
-                self.add(path, None, "missing", "no such host: it has neither a file nor a directory")
+    def check_includes(self, reading: Reading) -> None:
+        """Reports what is included twice, instead of all the duplicate entries that follow."""
+        places = collections.defaultdict(list)
+        for include in self.configuration.includes:
+            if include.file in reading.read:
+                places[os.path.realpath(include.target)].append(include)
+        for real, includes in places.items():
+            if len(includes) > 1:
+                first, again = includes[:2]
+                self.findings = {finding for finding in self.findings if finding.kind != "duplicate" or
+                                 real not in (os.path.realpath(finding.file), os.path.realpath(os.path.dirname(finding.file)))}
+                self.add(again.file, again.line, "duplicate", f"includes {printable(again.target)} again, "
+                         f"after {printable(first.file)}:{first.line}")
+
+    def check_logs(self, reading: Reading, all_logs: dict[tuple[str, int, str, str], Logs]) -> None:
+        works = self.state.problem(False) is None
+        crowded: set[str] = set()
+        for (path, line, key, pattern), logs in all_logs.items():
+            folder = os.path.dirname(pattern)
+            if self.directories.names.get(folder, []) is None and folder not in crowded:
+                crowded.add(folder)
+                self.add(path, line, "unchecked", f"more than {LARGEST_DIRECTORY} files in {printable(folder)}, "
+                         "so its logs are not examined and their rotation takes long")
+            for obstacle in logs.obstacles() if is_managed(path) else ():
+                self.add(path, line, "log", obstacle)
+            if works and key in reading.schedules and (late := logs.overdue(reading.schedules[key], self.state.dates)):
+                day = time.strftime("%Y-%m-%d", time.localtime(max(last for last, _ in late)))
+                self.add(path, line, "overdue", f"not rotated since {day}: {report.listed([name for _, name in late])}")
 
 
-def as_text(finding):
-    place = printable(finding.file) + (f":{finding.line}" if finding.line else "")
-    return f"{place}: {escaped(finding.text)}"
+class Arguments(argparse.ArgumentParser):
+    def error(self, text: str) -> NoReturn:
+        if "--plugin" in sys.argv:
+            raise Failure(text)
+        super().error(text)
 
 
-def as_json(findings):
-    """Returns one JSON object. Bytes that are not UTF-8 become backslash escapes, because JSON cannot contain them."""
-    return json.dumps({"findings": [{"file": valid(finding.file), "line": finding.line, "kind": finding.kind,
-                                     "text": valid(finding.text)} for finding in findings]})
+def ignored_kind(text: str) -> tuple[str, str]:
+    host, _, kind = text.rpartition(":")
+    if not host or kind not in KINDS:
+        raise argparse.ArgumentTypeError(f"not HOST:KIND with one of the kinds: {text}")
+    return host, kind
 
 
-def main(words):
-    parser = argparse.ArgumentParser(prog="tavek-logrotate-check", add_help=False, allow_abbrev=False,
-                                     usage="%(prog)s [--json] [--config FILE] [HOST ...]")
-    parser.add_argument("--json", action="store_true")
+def parse(words: list[str]) -> argparse.Namespace:
+    parser = Arguments(prog="tavek-logrotate-check", add_help=False, allow_abbrev=False,
+                       usage="%(prog)s [--json | --plugin] [--config FILE] [--ignore HOST:KIND] [HOST ...]")
+    form = parser.add_mutually_exclusive_group()
+    form.add_argument("--json", action="store_true")
+    form.add_argument("--plugin", action="store_true")
     parser.add_argument("--config", default="/etc/logrotate.conf")
+    parser.add_argument("--ignore", action="append", default=[], type=ignored_kind)
     parser.add_argument("hosts", nargs="*")
-    arguments = parser.parse_args(words)
+    return parser.parse_args(words)
+
+
+def findings_of(arguments: argparse.Namespace) -> tuple[list[Finding], float | None]:
+    """Returns the wanted findings and the age of the state file."""
     if os.geteuid() != 0:
         raise Failure("must be run as root")
-    check = Check(os.path.abspath(arguments.config))
-    if arguments.hosts:
-        check.restrict(arguments.hosts)
-    findings = sorted(check.findings, key=lambda finding: (finding.file, finding.line or 0, finding.kind, finding.text))
-    if arguments.json:
-        print(as_json(findings))
-    else:
-        print(end="".join(as_text(finding) + "\n" for finding in findings))
-    return 1 if findings else 0
+    main_file = os.path.abspath(arguments.config)
+    check = Check(main_file)
+    for host in arguments.hosts:
+        path = f"{HOSTS_DIRECTORY}/{host}"
+        if host not in (check.panel.hosts or ()) and path not in check.configuration.files:
+            check.add(path, 0, "missing", "no such host: it has neither a file nor a directory")
+    machine = {main_file, LOGROTATE, check.state.path, *check.guarded}
+    return report.wanted(check.findings, arguments.hosts, arguments.ignore, machine), check.state.age
+
+
+def main(words: list[str]) -> int:
+    if "--plugin" not in words:
+        arguments = parse(words)
+        findings, _ = findings_of(arguments)
+        print(end=report.as_json(findings) + "\n" if arguments.json else "".join(report.as_text(each) + "\n" for each in findings))
+        return 1 if findings else 0
+    try:
+        level, line = report.as_plugin(*findings_of(parse(words)))
+    except Exception as error:  # pylint: disable=broad-exception-caught
+        level, line = UNKNOWN, f"LOGROTATE UNKNOWN - {message(error)}"
+    print(line)
+    return level
