@@ -51,7 +51,8 @@ class Check:
         self.check_stanzas()
         self.check_leftovers()
         logs = self.look_at_logs()
-        self.check_state(logs)
+        if problem := self.state.problem(any(each.are_old() for each in logs.values())):
+            self.add(self.state.path, 0, "state", problem)
         self.view = None if refusal else self.build_view()
         reading = self.read_everything()
         self.check_messages(reading)
@@ -92,15 +93,11 @@ class Check:
                 for path, rotation in self.configuration.rotation.items() for stanza in rotation.stanzas
                 for pattern in stanza.logs()}
 
-    def check_state(self, logs: dict[tuple[str, int, str, str], Logs]) -> None:
-        if problem := self.state.problem(any(each.are_old() for each in logs.values())):
-            self.add(self.state.path, 0, "state", problem)
-
     def build_view(self) -> log_view.LogView:
         view = log_view.LogView()
         for path, rotation in self.configuration.rotation.items():
             view.add(rotation, self.configuration.texts[path], self.directories)
-        view.finish(self.panel.root, {LOGROTATE, os.devnull, HOSTS_DIRECTORY, *map(os.path.realpath, self.configuration.rotation)})
+        view.finish(self.panel.root, {LOGROTATE, os.devnull, HOSTS_DIRECTORY, *(os.path.realpath(path) for path in self.configuration.rotation)})
         return view
 
     def read_everything(self) -> Reading:
@@ -113,7 +110,7 @@ class Check:
                 with open(f"{self.scratch}/names/{host}", "w", encoding="ascii") as file:
                     file.write("#\n")
                 more = [f"{self.scratch}/names"]
-        reading = Reading(self.configuration, self.main, more, self.view and self.view.show)
+        reading = Reading(self.configuration, self.main, more, self.view.show if self.view else None)
         # The panel's file may include the hosts' directory.
         for path in (PANEL_FILE, HOSTS_DIRECTORY, SYSTEM_DIRECTORY) if reading.answered else ():
             if (path == HOSTS_DIRECTORY or os.path.lexists(path)) and os.path.realpath(path) not in reading.included:
@@ -122,7 +119,7 @@ class Check:
                     advice = f"run: cp {HOSTS_CONFIGURATION} {SYSTEM_DIRECTORY}/zz-tavek-logrotate"
                 self.add(path, 0, "not-included", f"not included; {advice}")
                 more.insert(0, path)
-                reading = Reading(self.configuration, self.main, more, self.view and self.view.show)
+                reading = Reading(self.configuration, self.main, more, self.view.show if self.view else None)
         if not reading.answered:
             self.add(LOGROTATE, 0, "unchecked", f"{LOGROTATE} --debug does not end within {LOGROTATE_SECONDS} s, "
                      "so nothing that it would report is here")
@@ -205,7 +202,7 @@ class Check:
                          f"after {printable(first.file)}:{first.line}")
 
     def check_logs(self, reading: Reading, all_logs: dict[tuple[str, int, str, str], Logs]) -> None:
-        works = self.state.problem(False) is None
+        works = not any(finding.kind == "state" for finding in self.findings)
         crowded: set[str] = set()
         for (path, line, key, pattern), logs in all_logs.items():
             folder = os.path.dirname(pattern)

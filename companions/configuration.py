@@ -9,8 +9,8 @@ from typing import NamedTuple
 from companions import rotation_file
 from companions.command import Failure
 from companions.findings import is_host_file
-from companions.program import CATEGORIES, HOSTS_DIRECTORY, PANEL_FILE, SYSTEM_DIRECTORY, hosts_of_panel, vhosts_root
-from companions.program import without_temporary_suffix
+from companions.program import CATEGORIES, HOSTS_DIRECTORY, PANEL_FILE, SYSTEM_DIRECTORY, hosts_of_panel, run_on_new_file
+from companions.program import vhosts_root, without_temporary_suffix
 
 CATEGORY_FILES = set(CATEGORIES.values())
 INCLUDE = re.compile(r"[ \t]*include[ \t=]+[\"']?(.*?)[\"']?[ \t]*")
@@ -26,7 +26,7 @@ class Panel:
     """The panel's hosts on this machine: the directories in `directory`, or None if there is no such directory."""
 
     def __init__(self, scratch: str | None):
-        self.root = vhosts_root(scratch)
+        self.root = vhosts_root(run_on_new_file("keep", parent=scratch))
         self.directory = self.root + "/system"
         self.hosts = hosts_of_panel(self.root)
 

@@ -44,7 +44,7 @@ def stanza_problems(path: str, root: str, text: str, rotation: RotationFile, oth
     folder = f"{root}/system/{host}/logs"
     named = [*(pattern for pattern, _ in patterns), *others]
     missing = [log for log in (f"{folder}/{family}" for family in LOG_FAMILIES) if os.path.isdir(folder) and
-               not any(fnmatch.fnmatchcase(log, each) or fnmatch.fnmatchcase(each, log) for each in named)]
+               log not in named and not any(fnmatch.fnmatchcase(log, each) or fnmatch.fnmatchcase(each, log) for each in named)]
     if missing:
         yield 0, f"contains no stanza for {', '.join(missing)}"
 

@@ -105,7 +105,8 @@ class Reading:
 
     def take_stanza(self, text: str) -> None:
         """Takes the messages about the logs of a stanza, which contain neither its file nor its line."""
-        if not (match := SCHEDULE.match(text)):
+        match = SCHEDULE.match(text)
+        if match is None:
             return
         key = logs_key(match[1])
         path, line = self.stanzas.get(key, (self.main, 0))
@@ -120,11 +121,11 @@ class Reading:
                 self.add(path, line, "error", error)
 
     def take_error(self, text: str) -> None:
-        for match in re.finditer(r":(\d+)[:,]? ", text):
-            path = self.paths.get(text[:match.start()])
+        for number in re.finditer(r":(\d+)[:,]? ", text):
+            path = self.paths.get(text[:number.start()])
             if path:
-                said = text[match.end():]
-                self.add(path, int(match[1]), "duplicate" if said.startswith("duplicate ") else "error", said)
+                said = text[number.end():]
+                self.add(path, int(number[1]), "duplicate" if said.startswith("duplicate ") else "error", said)
                 return
         if match := re.fullmatch(r"(?:cannot stat|failed to open config file) (.*): (.*)", text):
             self.add(self.resolve(match[1]), 0, "error", match[2])

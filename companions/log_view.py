@@ -69,8 +69,8 @@ class LogView:
     def finish(self, root: str, kept: set[str]) -> None:
         """Decides what is covered: the outermost directories, but none above a file of `kept`."""
         for folder in [root, *sorted(self.folders)]:
-            if os.path.isdir(folder) and not any((path + "/").startswith(folder.rstrip("/") + "/") for path in kept):
-                if not any((folder + "/").startswith(each + "/") for each in self.outermost):
+            if not (folder + "/").startswith(tuple(each + "/" for each in self.outermost)) and os.path.isdir(folder):
+                if not any((path + "/").startswith(folder.rstrip("/") + "/") for path in kept):
                     self.outermost.append(folder)
                     os.makedirs(self.top + folder, exist_ok=True)
 

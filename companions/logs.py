@@ -8,6 +8,7 @@ import bisect
 import contextlib
 import fcntl
 import fnmatch
+import itertools
 import os
 import re
 import stat
@@ -51,14 +52,10 @@ class Directories:
 
     def read(self, folder: str) -> list[str] | None:
         if folder not in self.names:
-            names: list[str] | None = []
+            names: list[str] = []
             with contextlib.suppress(OSError), os.scandir(folder) as entries:
-                for entry in entries:
-                    names.append(entry.name)
-                    if len(names) > LARGEST_DIRECTORY:
-                        names = None
-                        break
-            self.names[folder] = sorted(names) if names else names
+                names = sorted(entry.name for entry in itertools.islice(entries, LARGEST_DIRECTORY + 1))
+            self.names[folder] = names if len(names) <= LARGEST_DIRECTORY else None
         return self.names[folder]
 
     def matching(self, pattern: str) -> list[str]:

@@ -72,9 +72,9 @@ def without_temporary_suffix(path: str) -> str | None:
     return name if dot == "." and suffix.isascii() and suffix.isalnum() else None
 
 
-def run_on_new_file(*words: str) -> str:
-    """Returns the file that a run with the words generates for a host with the name "host"."""
-    with private_directory() as directory:
+def run_on_new_file(*words: str, parent: str | None = None) -> str:
+    """Returns the file that a run with the words generates for a host with the name "host", in a directory below `parent`."""
+    with private_directory(parent) as directory:
         path = directory + "/host"
         try:
             result = subprocess.run([PROGRAM, path, *words], stdin=subprocess.DEVNULL, capture_output=True, check=False)

@@ -161,7 +161,7 @@ _tavek_logrotate_check() {
     if [[ $prev == --config ]]; then
         _filedir
     elif [[ $cur == -* ]]; then
-        _tavek_logrotate_words --json --config --help -h
+        _tavek_logrotate_words --json --plugin --config --ignore --help -h
     else
         _tavek_logrotate_hosts
     fi
