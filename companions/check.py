@@ -127,7 +127,8 @@ class Check:
 
     def check_messages(self, reading: Reading) -> None:
         repairs = 0
-        said = {finding.text for finding in self.findings}
+        # A duplicate entry may follow from a finding about stanzas.
+        known = {word for finding in self.findings if finding.kind == "stanza" for word in (finding.file, finding.text)}
         for path, line, kind, text in sorted(set(reading.errors)):
             # The temporary file of a run is not an error. A run may have created or removed a file in the meantime.
             if self.configuration.is_temporary(path) or is_managed(path) and not line and not os.path.lexists(path):
@@ -135,7 +136,7 @@ class Check:
             if kind == "duplicate":
                 log = text.removeprefix("duplicate log entry for ")
                 match = HOST_LOG.fullmatch(log)
-                if match and FOREIGN + match[2] in said:
+                if path in known or match and FOREIGN + match[2] in known:
                     continue
                 text = text.replace(log, self.view.patterns.get(log, log) if self.view else log)
             if self.view and repairs < MOST_REPAIRS and kind == "error" and line and is_host_file(path) and path in self.configuration.texts:
