@@ -12,7 +12,6 @@
 #include "driver/option_values.h"
 #include "driver/options.h"
 #include "driver/process_state.h"
-#include "driver/product_root.h"
 #include "driver/system_log_category.h"
 #include "driver/system_logs_fanout.h"
 #include "file/directory_sync.h"
@@ -21,6 +20,7 @@
 #include "log/base_name.h"
 #include "rotation/rewriter.h"
 #include "rotation/rotation_settings.h"
+#include "runtime_conf/product_root.h"
 #include "runtime_conf/runtime_conf.h"
 
 namespace tavek {
@@ -98,6 +98,8 @@ void run_virtual_host(const Options& options) {
 void run_category(const SystemLogCategory& category, const Options& options) {
   RewriteJob job;
   const std::string name = configuration_name(options, category.rotation_file);
+  // The rotation file of a category has an absolute name. A relative name can only come from the command line: it is
+  // looked up in the current directory but edited below the hosts' directory. Both are intended.
   if (!std::filesystem::exists(name)) {
     return; // The service is not installed.
   }

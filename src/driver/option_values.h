@@ -12,8 +12,8 @@ namespace tavek {
 /// two is invalid, and boost::bad_any_cast if a required option is missing.
 void fill_settings(const Options& options, RotationSettings& settings);
 
-/// Partial reading, for a system-log category: stores the period type and the period, each only if it was given, and
-/// the rotation count, which is -1 if it was not given. Checks nothing.
+/// Partial reading, for a system-log category: stores the period type and the period, if given, and the count (default
+/// -1). Checks nothing.
 void fill_given_settings(const Options& options, RotationSettings& settings);
 
 } // namespace tavek

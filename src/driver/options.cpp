@@ -40,7 +40,7 @@ po::options_description describe_options() {
       ("tavek-logs", po::bool_switch(), "Modify rotation config for logs rotated by tavek")
       ("fail2ban-logs", po::bool_switch(), "Modify rotation config for fail2ban logs")
       ("modsecurity-logs", po::bool_switch(), "Modify rotation config for modsecurity logs")
-      // "removed" stays as it is, for tools that compare this text.
+      // "removed" is a known slip. It stays, because tools compare this text.
       ("keep-old-logs,K", po::bool_switch(), "Do not removed logs rotated more than rot-count times")
       ("help,h", "produce help message");
   // clang-format on

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "driver/product_root.h"
+#include "runtime_conf/product_root.h"
 
 namespace tavek {
 

@@ -13,9 +13,9 @@ namespace tavek {
 /// itself can fail.
 class DirectorySync {
 public:
-  /// Opens the parent directory of `path`, which is borrowed. Throws std::runtime_error "Failed to open ...". Does not
-  /// throw if the directory may not be read or cannot be found: sync() then does nothing, and the change itself reports
-  /// a missing directory.
+  /// Opens the parent directory of `path`. Throws std::runtime_error "Failed to open ...". Does not throw if the
+  /// directory may not be read or cannot be found: sync() then does nothing. If it cannot be found, the caller's rename
+  /// or removal then fails.
   explicit DirectorySync(const std::string& path);
 
   /// Syncs the directory to disk. `change` is the part of the message that says what has happened to the file, such as
@@ -25,7 +25,7 @@ public:
   void sync(const char* change) const;
 
 private:
-  const std::string& path_;
+  const std::string path_;
   FileDescriptor directory_;
 };
 

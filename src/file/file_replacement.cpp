@@ -34,6 +34,7 @@ FileReplacement::~FileReplacement() {
   }
 }
 
+// mkostemp changes the name in place, so it is a C string, made by the panel's formatter.
 FileReplacement::HeapText FileReplacement::temporary_name(const std::string& target) {
   char* text = nullptr;
   std::size_t room = 0;
@@ -52,8 +53,9 @@ int FileReplacement::create() {
       output_.fail(errno);
     }
   } else {
-    // If mkostemp fails, the path contains either the template itself or the last name that mkostemp tried. Opening
-    // this name without mkostemp may still work.
+    // The path contains either the template itself or the last name that mkostemp tried. Opening it helps if all names
+    // that mkostemp tried are taken; after any other error it fails with the same error. It may overwrite a leftover
+    // file, but follows no link, and whoever can create files here could replace the target as well.
     fd = FileDescriptor(::open(temp_path_.get(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kMode));
     if (!fd.is_open()) {
       return errno;

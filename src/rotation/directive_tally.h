@@ -17,12 +17,14 @@ struct DirectiveTally {
   int missingoks = 0;                ///< missingok written.
   int anonymizers = 0;               ///< Anonymizing commands written, with or without a postrotate block.
   bool copytruncate_pending = false; ///< The current stanza has no copytruncate yet.
-  std::string last_period;           ///< The `value` with which write_period last wrote or passed through a line in
-                                     ///< the current stanza. Empty until then.
-  bool need_period = false;          ///< The need_ flags are set after a first pass that never wrote the directive.
-  bool need_rotate = false;          ///< They make the second pass write it after each stanza head.
+  std::string last_period;           ///< The previous write_period() value in this stanza.
+
+  /// Directives that the first pass never wrote. The second pass writes them after each stanza head.
+  bool need_period = false;
+  bool need_rotate = false;
   bool need_compress = false;
   bool need_mail = false;
+
   bool stanza_targeted = true; ///< Whether the current stanza may get a new postrotate block.
 };
 

@@ -2,12 +2,14 @@
 
 #include <stdexcept>
 
+#include "runtime_conf/product_root.h"
+
 namespace tavek {
 
 namespace {
 
-// The product root is compiled in: the script belongs to the installed product, not to a configuration.
-constexpr std::string_view kAnonymizeCommand = "\t\t/opt/oru/admin/sbin/anonymize_ip --find-rotated-logs $*\n";
+constexpr std::string_view kAnonymizeCommand =
+    "\t\t" TAVEK_PRODUCT_ROOT "/admin/sbin/anonymize_ip --find-rotated-logs $*\n";
 
 } // namespace
 

@@ -26,8 +26,8 @@ public:
   void begin_stanza(std::string_view head);
 
   /// Writes a period: "size=VALUE" for the type "by_size", the value alone for "by_time", or `pass_through` unchanged
-  /// for an empty type. Does nothing if the most recent period in this stanza was written for the same, non-empty
-  /// value. For any other type, throws std::runtime_error and writes nothing.
+  /// for an empty type. Does nothing if a non-empty value repeats the previous one in this stanza. For any other type,
+  /// throws std::runtime_error and writes nothing.
   void write_period(const std::string& type, const std::string& value, std::string_view pass_through);
 
   /// Writes a rotation count, or `pass_through` unchanged if the count is negative.

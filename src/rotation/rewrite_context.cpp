@@ -17,7 +17,8 @@ std::string_view word(std::string_view text, std::string_view delimiters) {
   return text.substr(0, text.find_first_of(delimiters));
 }
 
-// Whether a script line runs the anonymizer with arguments. The product root does not matter.
+// Whether a script line runs the anonymizer with arguments. Any product root will do, but there must be one: it is at
+// least one byte (the + 1) between the first slash and kAnonymizer.
 bool runs_anonymizer(std::string_view line) {
   line.remove_prefix(line.find_first_not_of(kBlanks));
   const std::string_view path = word(line, " \t\n");
@@ -150,7 +151,7 @@ bool RewriteContext::end_of_input() {
 // A closed stanza has every directive, so a second pass happens only if no stanza closes. It inserts the missing
 // directives after the stanza heads that it finds. Neither the counters nor the scanner's start condition is reset. So
 // the second pass starts inside a stanza or a script. It finds a head only after a closing brace that the first pass
-// did not read as the end of a stanza.
+// did not read as the end of a stanza, such as a stray brace in the first line of the file.
 bool RewriteContext::plan_second_pass() {
   tally_.need_period = tally_.periods == 0;
   tally_.need_rotate = tally_.rotates == 0;

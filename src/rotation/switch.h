@@ -1,6 +1,6 @@
 #pragma once
 
-// The tri-state value of an option: keep the present state, turn it on, turn it off.
+// The tri-state value of an option: keep the current state, turn it on, turn it off.
 
 #include <iosfwd>
 #include <string_view>

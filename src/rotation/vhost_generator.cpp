@@ -17,14 +17,16 @@ constexpr std::string_view kHeader = "#ATTENTION!\n"
 // A family of a virtual host's logs.
 struct LogFamily {
   std::string_view pattern; // Relative to the host's logs directory.
-  bool anonymized;          // Whether its rotated logs may be anonymized.
+  bool anonymized;          // Whether its stanza in a new file may anonymize.
 };
 
+// The last one is deliberately not anonymized in a new file. The next run with anonymization anonymizes it too, because
+// a rewrite adds the command to every stanza of a host that lacks it.
 constexpr LogFamily kLogFamilies[] = {
     {"*.processed", true},
     {"error_log", true},
     {"proxy_error_log", true},
-    {"php-fpm_error.log", false}, // Deliberately never anonymized, even if anonymization is on.
+    {"php-fpm_error.log", false},
 };
 
 std::string stanza_head(const std::string& vhost_name, const LogFamily& family) {

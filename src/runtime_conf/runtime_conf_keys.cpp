@@ -2,9 +2,8 @@
 
 #include <iterator>
 
+#include "runtime_conf/product_root.h"
 #include "runtime_conf/runtime_conf.h"
-
-#define PRODUCT_ROOT "/opt/oru"
 
 namespace tavek {
 
@@ -12,7 +11,7 @@ const RuntimeConfKeyRow kRuntimeConfKeyRows[] = {
     {"_MIN_POSSIBLE_ORU_CONF_VAR_NAME", "_MIN_POSSIBLE_ORU_CONF_VAR_VALUE"},
     {"TAVEK_MAILNAMES_D", "/var/qmail/mailnames"},
     {"RBLSMTPD", "/usr/sbin/rblsmtpd"},
-    {"CLIENT_PHP_BIN", PRODUCT_ROOT "/bin/php-cli"},
+    {"CLIENT_PHP_BIN", TAVEK_PRODUCT_ROOT "/bin/php-cli"},
     {"LIB_CRYPTO_PATH", "/lib/libcrypto.so"},
     {"LIB_SSL_PATH", "/lib/libssl.so"},
     {"AWSTATS_DOC_D", "/usr/share/awstats"},
@@ -38,7 +37,7 @@ const RuntimeConfKeyRow kRuntimeConfKeyRows[] = {
     {"MYSQL_SOCKET", "/var/run/mysqld/mysqld.sock"},
     {"SA_MAX_MAIL_SIZE", "256000"},
     {"SNI_SUPPORT", "true"},
-    {"PRODUCT_ROOT_D", PRODUCT_ROOT},
+    {"PRODUCT_ROOT_D", TAVEK_PRODUCT_ROOT},
     {"_MAX_POSSIBLE_ORU_CONF_VAR_NAME", "_MAX_POSSIBLE_ORU_CONF_VAR_VALUE"},
     {nullptr, nullptr},
 };
