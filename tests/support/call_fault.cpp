@@ -50,6 +50,10 @@ Function* next(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+// File offsets and times have 64 bits, also where a long has 32. So the headers redirect calls, and our definitions, to
+// other symbols, such as open64.
+constexpr const char* kFstat = sizeof(long) == 8 ? "fstat64" : "__fstat64_time64";
+
 bool allocation_fails() {
   const int before = errno;
   const bool fails = CallFault::strikes(Call::allocation);
@@ -83,7 +87,7 @@ FILE* fdopen(int fd, const char* modes) noexcept {
 }
 
 int fstat(int fd, struct stat* buf) noexcept {
-  static auto* const fstat_next = next<int(int, struct stat*)>("fstat");
+  static auto* const fstat_next = next<int(int, struct stat*)>(kFstat);
   return CallFault::strikes(Call::fstat) ? -1 : fstat_next(fd, buf);
 }
 
@@ -98,22 +102,22 @@ ssize_t getdelim(char** lineptr, size_t* n, int delimiter, FILE* stream) {
 }
 
 off_t lseek(int fd, off_t offset, int whence) noexcept {
-  static auto* const lseek_next = next<off_t(int, off_t, int)>("lseek");
+  static auto* const lseek_next = next<off_t(int, off_t, int)>("lseek64");
   return CallFault::strikes(Call::lseek) ? -1 : lseek_next(fd, offset, whence);
 }
 
 // In the header the parameter of mkostemp is called `template`, which is a C++ keyword. clang-tidy rejects a
 // declaration of mkostemp with another parameter name. So in C++ this function is called temporary_file; its symbol is
-// mkostemp.
-int temporary_file(char* name, int flags) asm("mkostemp");
+// mkostemp64.
+int temporary_file(char* name, int flags) asm("mkostemp64");
 
 int temporary_file(char* name, int flags) {
-  static auto* const mkostemp_next = next<int(char*, int)>("mkostemp");
+  static auto* const mkostemp_next = next<int(char*, int)>("mkostemp64");
   return CallFault::strikes(Call::mkostemp) ? -1 : mkostemp_next(name, flags);
 }
 
 int open(const char* file, int oflag, ...) {
-  static auto* const open_next = next<int(const char*, int, ...)>("open");
+  static auto* const open_next = next<int(const char*, int, ...)>("open64");
   mode_t mode = 0;
   if ((oflag & O_CREAT) != 0) {
     va_list arguments;
