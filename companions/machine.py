@@ -6,10 +6,12 @@ import functools
 import glob
 import os
 import stat
+from collections.abc import Callable
 from typing import NamedTuple
 
 from companions.changes import Change, Changes, files_below
 from companions.command import Failure
+from companions.next_rotation import Deletion, next_rotation
 from companions.program import HOSTS_DIRECTORY, PROGRAM, SYSTEM_DIRECTORY, log_directories_of, targets_of, vhosts_root
 from companions.text import printable
 from companions.view import Mount, build_view
@@ -60,10 +62,10 @@ class Machine:
     """A view of the machine, in which runs follow one another. The machine itself is not changed."""
 
     def __init__(self) -> None:
-        directory = current_directory()
+        self.directory = current_directory()
         self.mounts, self.silent = build_view()
         self.mounts.sort(key=lambda each: len(each.path), reverse=True)
-        self.worker = Worker(self.mounts, directory)
+        self.worker = Worker(self.mounts, self.directory)
         self.root = self.worker.call(find_root)
         self.targets: set[str] = set()
         self.searched: set[str] = set()
@@ -124,3 +126,18 @@ class Machine:
                     changes.add(change, not self.is_rotation_file(change.path))
         changes.sort()
         return changes
+
+    def start_next_rotation(self, files: list[str]) -> Callable[[], tuple[list[Deletion], list[str]]]:
+        """Starts the next rotation of the logs of these rotation files, in processes that last as long as the result.
+
+        The result waits for them. It returns what they delete, and notes about what is not known.
+        """
+        workers = [Worker(self.mounts, self.directory) for _ in range(min(os.cpu_count() or 1, len(files)))]
+        for number, worker in enumerate(workers):
+            worker.start(next_rotation, files[number::len(workers)])
+
+        def finish() -> tuple[list[Deletion], list[str]]:
+            results = [worker.receive() for worker in workers]
+            return (sorted(deletion for deletions, _ in results for deletion in deletions),
+                    sorted({note for _, notes in results for note in notes}))
+        return finish

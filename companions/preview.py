@@ -82,8 +82,8 @@ def show(result: Result) -> None:
         stream.flush()
 
 
-def count_of(copies: list[tuple[str, int]]) -> str:
-    return f"{len(copies)} {'copy' if len(copies) == 1 else 'copies'} ({human(sum(size for _, size in copies))})"
+def count_of(one: str, many: str, sizes: list[int]) -> str:
+    return f"{len(sizes)} {one if len(sizes) == 1 else many} ({human(sum(sizes))})"
 
 
 def print_preview(machine: Machine, runs: list[Run]) -> tuple[int, bool]:
@@ -95,18 +95,24 @@ def print_preview(machine: Machine, runs: list[Run]) -> tuple[int, bool]:
         if result.status != 0:
             failures.append((each, result.status))
     changes = machine.changes()
+    new = [each.path for each in changes.files if not each.is_removal()]
+    finish_rotation = machine.start_next_rotation(new)
     for file in changes.files:
         print(end=file.text(use_colour()))
     for path, size in changes.copies:
         print(f"delete {printable(path)} ({human(size)})")
+    deletions, notes = finish_rotation()
+    for path, size, _ in deletions:
+        print(f"at its next rotation, logrotate would delete: {printable(path)} ({human(size)})")
     summary = []
     if changes.files:
         summary.append("1 file would change" if len(changes.files) == 1 else f"{len(changes.files)} files would change")
     if changes.copies:
-        summary.append(f"{count_of(changes.copies)} would be deleted")
+        summary.append(f"{count_of('copy', 'copies', [size for _, size in changes.copies])} would be deleted")
+    if deletions:
+        summary.append(f"{count_of('file', 'files', [each.size for each in deletions])} would be deleted at the next rotation")
     print(", ".join(summary) + "." if summary else "No changes.")
-    new = [each.path for each in changes.files if not each.is_removal()]
-    for line in judgement(machine, new) if new else []:
+    for line in notes + judgement(machine, new) if new else []:
         print(line)
     for run, status in failures:
         print("The run " + (f"in line {run.line} " if run.line else "") + f"would fail with status {status}.")
@@ -120,19 +126,27 @@ def print_json(machine: Machine, runs: list[Run]) -> tuple[int, bool]:
     touched.check()
     changes = machine.changes()
     new = [each.path for each in changes.files if not each.is_removal()]
-    print(json.dumps({"runs": [as_json(each) for each in outcomes], "judgement": judgement(machine, new) if new else []}))
+    deletions, notes = machine.start_next_rotation(new)()
+    # A file that several runs change is rotated as the last of them leaves it.
+    line_of = {file.path: outcome.run.line for outcome in outcomes for file in outcome.changes.files}
+    later: dict[int | None, list[tuple[str, int]]] = {outcome.run.line: [] for outcome in outcomes}
+    for path, size, by in deletions:
+        later[line_of[by]].append((path, size))
+    print(json.dumps({"runs": [as_json(each, later[each.run.line]) for each in outcomes],
+                      "judgement": [valid(line) for line in notes + judgement(machine, new)] if new else []}))
     status = next((each.result.status for each in outcomes if each.result.status != 0), 0)
     return status, bool(changes.files or changes.copies)
 
 
-def as_json(outcome: Outcome) -> dict[str, Any]:
+def as_json(outcome: Outcome, later: list[tuple[str, int]]) -> dict[str, Any]:
     """Returns the JSON object of a run. Bytes that are not UTF-8 become backslash escapes, because JSON cannot contain them."""
     changes = outcome.changes
     return {"line": outcome.run.line, "arguments": [valid(each) for each in outcome.run.arguments],
             "status": outcome.result.status, "output": valid(os.fsdecode(outcome.result.output)),
             "error": valid(os.fsdecode(outcome.result.error)), "changed": bool(changes.files or changes.copies),
             "diff": "".join(valid(each.text(colour=False)) for each in changes.files),
-            "deleted": [{"path": valid(path), "size": size} for path, size in changes.copies]}
+            "deleted": [{"path": valid(path), "size": size} for path, size in changes.copies],
+            "deleted_at_next_rotation": [{"path": valid(path), "size": size} for path, size in later]}
 
 
 def main(words: list[str]) -> int:

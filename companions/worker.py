@@ -87,9 +87,13 @@ class Worker:
 
     def call(self, function: Callable[P, T], *arguments: P.args, **options: P.kwargs) -> T:
         """Returns what the function returns in the view, and raises what it raises there."""
-        send((function, arguments, options), self.requests)
+        self.start(function, *arguments, **options)
         result: T = self.receive()
         return result
+
+    def start(self, function: Callable[P, T], *arguments: P.args, **options: P.kwargs) -> None:
+        """Starts the function. receive() waits for what it returns or raises."""
+        send((function, arguments, options), self.requests)
 
     def receive(self) -> Any:
         try:
