@@ -71,6 +71,7 @@ def private_directory(parent: str | None = None) -> tempfile.TemporaryDirectory[
     From now on the signals that end the process first remove the directory. Only SIGKILL leaves it behind.
     """
     for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
-        signal.signal(number, lambda number, _: sys.exit(128 + number))
+        if signal.getsignal(number) == signal.SIG_DFL:
+            signal.signal(number, lambda number, _: sys.exit(128 + number))
     memory = "/dev/shm" if os.access("/dev/shm", os.W_OK | os.X_OK) else None
     return tempfile.TemporaryDirectory(prefix="tavek-logrotate.", dir=parent or memory)
