@@ -9,8 +9,6 @@ from companions import rotation_file
 from companions.command import Failure, private_directory
 from companions.program import PROGRAM
 
-SHOWN_CHANGES = 6
-
 
 class Run(NamedTuple):
     """A run with the words for a rotation file with the path and the text. The words do not name the file."""
@@ -67,7 +65,7 @@ def result_of(run: Run, directory: str, status: int) -> list[str] | Failure:
 
 
 def line_changes(old: str, new: str) -> list[str]:
-    """Returns the lines that only one of the texts contains, each once."""
+    """Returns up to six of the lines that only one of the texts contains, each once."""
     before, after = (Counter(" ".join(line.split()) for line in text.split("\n")) for text in (old, new))
     changes = [f"- {line}" for line in before - after] + [f"+ {line}" for line in after - before]
-    return changes[:SHOWN_CHANGES] if changes or old == new else ["white space or the order of lines"]
+    return changes[:6] if changes or old == new else ["white space or the order of lines"]

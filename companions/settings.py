@@ -44,20 +44,15 @@ def settings_of(stanzas: Sequence[Stanza], category: str | None) -> Settings:
             problems.setdefault(setting, f"line {line[0].number}: {line[0].text}")
         return SWITCHES.get(match[1], match[1]) if match else "false" if kind == "anonymizer" else ""
 
-    found = {setting: list(dict.fromkeys(value(setting, stanza) for stanza in relevant(stanzas, setting, category)))
+    # The first run for a host does not anonymize the last stanza, the second does.
+    decisive = [each for each in stanzas if category or not each.head.endswith(f"/{LOG_FAMILIES[-1]} ")] or stanzas
+    found = {setting: list(dict.fromkeys(value(setting, each) for each in (decisive if setting == "anonymize-ip" else stanzas)))
              for setting in LINES if not category or setting not in HOST_OPTIONS}
     for line in (line for stanza in stanzas for line in stanza.of_kind("other") if OTHER_PERIOD.match(line.text)):
         problems.setdefault("period", f"line {line.number}: {line.text}")
     if not category and not any(found["period"]):
         problems.setdefault("period", "no period")
     return Settings(found, options_of(found, category), problems)
-
-
-def relevant(stanzas: Sequence[Stanza], setting: str, category: str | None) -> Sequence[Stanza]:
-    """Returns the stanzas that a first run anonymizes. Only a later run also anonymizes a host's php-fpm stanza."""
-    if setting != "anonymize-ip" or category:
-        return stanzas
-    return [each for each in stanzas if not each.head.endswith(f"/{LOG_FAMILIES[-1]} ")] or stanzas
 
 
 def options_of(found: dict[str, list[str]], category: str | None) -> dict[str, str]:

@@ -31,10 +31,8 @@ def random_text(chance: random.Random) -> str:
 
 
 class Program(unittest.TestCase):
-    sandbox: Sandbox
-
     def setUp(self) -> None:
-        self.sandbox = self.enterContext(scratch(PROGRAM))
+        self.sandbox: Sandbox = self.enterContext(scratch(PROGRAM))
 
     def run_program(self, *words: str) -> str:
         """Returns the messages of a run."""

@@ -99,7 +99,8 @@ class Options(unittest.TestCase):
 
     def test_the_type_follows_from_the_period(self) -> None:
         self.assertEqual([settings.period_options(period).get("period-type")
-                          for period in ("daily", "weekly", "monthly", "5M", "")], ["by_time", "by_time", "by_time", "by_size", None])
+                          for period in ("daily", "weekly", "monthly", "5M", "")],
+                         ["by_time", "by_time", "by_time", "by_size", None])
 
 
 if __name__ == "__main__":

@@ -38,7 +38,8 @@ class Names(unittest.TestCase):
 class Sizes(unittest.TestCase):
     def test_the_largest_unit(self) -> None:
         for size, shown in [(0, "0 B"), (1023, "1023 B"), (1024, "1.0 KiB"), (1536, "1.5 KiB"), (1048524, "1023.9 KiB"),
-                            (1048575, "1.0 MiB"), (1 << 20, "1.0 MiB"), (1 << 30, "1.0 GiB"), (1 << 40, "1.0 TiB"), (1 << 50, "1024.0 TiB")]:
+                            (1048575, "1.0 MiB"), (1 << 20, "1.0 MiB"),
+                            (1 << 30, "1.0 GiB"), (1 << 40, "1.0 TiB"), (1 << 50, "1024.0 TiB")]:
             self.assertEqual(human(size), shown)
 
 
