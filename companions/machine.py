@@ -75,6 +75,11 @@ class Machine:
         """Returns the mount of a path without links."""
         return next(each for each in self.mounts if each.contains(path))
 
+    def real(self, path: str) -> str:
+        """Returns a path outside the view for a path without links."""
+        mount = self.mount_of(path)
+        return mount.real + path[len(mount.path.rstrip("/")):]
+
     def run(self, arguments: list[str]) -> Result:
         """Runs the program in the view. Raises Failure if the run on the machine might do something else."""
         places = self.worker.call(find_places, arguments, self.root, not self.silent)
@@ -98,14 +103,13 @@ class Machine:
         for each in self.silent:
             if each.contains(directory) or os.path.dirname(each.path) == directory:
                 raise Failure(f"{printable(each.path)} ({each.kind}) does not answer, and the run may need it")
-        place = self.mount_of(directory)
-        real = place.real + directory[len(place.path.rstrip("/")):]
+        covered = self.mount_of(directory).covered
         try:
-            with os.scandir(real) as entries:
+            with os.scandir(self.real(directory)) as entries:
                 for entry in entries:
                     if not (entry.is_file(follow_symlinks=False) or entry.is_dir(follow_symlinks=False) or entry.is_symlink()):
                         status = entry.stat(follow_symlinks=False)
-                        if place.covered and stat.S_ISCHR(status.st_mode) and status.st_rdev == 0:
+                        if covered and stat.S_ISCHR(status.st_mode) and status.st_rdev == 0:
                             raise Failure(f"{printable(directory + '/' + entry.name)} is the device 0,0, which a view cannot contain")
         except (FileNotFoundError, NotADirectoryError):
             pass

@@ -6,6 +6,7 @@ import sys
 from typing import Any, NamedTuple
 
 from companions import batch
+from companions.backup import back_up, refuse
 from companions.batch import Run
 from companions.changes import Changes
 from companions.command import Failure
@@ -86,10 +87,10 @@ def count_of(one: str, many: str, sizes: list[int]) -> str:
     return f"{len(sizes)} {one if len(sizes) == 1 else many} ({human(sum(sizes))})"
 
 
-def print_preview(machine: Machine, runs: list[Run]) -> tuple[int, bool]:
+def print_preview(machine: Machine, options: Options) -> tuple[int, bool]:
     """Prints the preview as text. Returns the status of the first run that fails, or 0, and whether anything changes."""
     failures = []
-    for each in runs:
+    for each in options.runs:
         result = make_run(machine, each)
         show(result)
         if result.status != 0:
@@ -114,15 +115,17 @@ def print_preview(machine: Machine, runs: list[Run]) -> tuple[int, bool]:
     print(", ".join(summary) + "." if summary else "No changes.")
     for line in notes + judgement(machine, new) if new else []:
         print(line)
+    for line in back_up(machine, changes, deletions, options.backup) if options.backup else []:
+        print(line)
     for run, status in failures:
         print("The run " + (f"in line {run.line} " if run.line else "") + f"would fail with status {status}.")
     return failures[0][1] if failures else 0, bool(summary)
 
 
-def print_json(machine: Machine, runs: list[Run]) -> tuple[int, bool]:
+def print_json(machine: Machine, options: Options) -> tuple[int, bool]:
     """Prints the preview as one JSON object. Returns the same as print_preview()."""
     touched = Touched(machine.mounts, machine.is_rotation_file)
-    outcomes = [Outcome(each, make_run(machine, each), touched.changes()) for each in runs]
+    outcomes = [Outcome(each, make_run(machine, each), touched.changes()) for each in options.runs]
     touched.check()
     changes = machine.changes()
     new = [each.path for each in changes.files if not each.is_removal()]
@@ -132,8 +135,11 @@ def print_json(machine: Machine, runs: list[Run]) -> tuple[int, bool]:
     later: dict[int | None, list[tuple[str, int]]] = {outcome.run.line: [] for outcome in outcomes}
     for path, size, by in deletions:
         later[line_of[by]].append((path, size))
-    print(json.dumps({"runs": [as_json(each, later[each.run.line]) for each in outcomes],
-                      "judgement": [valid(line) for line in notes + judgement(machine, new)] if new else []}))
+    shown = {"runs": [as_json(each, later[each.run.line]) for each in outcomes],
+             "judgement": [valid(line) for line in notes + judgement(machine, new)] if new else []}
+    if options.backup:
+        shown["backup"] = [valid(line) for line in back_up(machine, changes, deletions, options.backup)]
+    print(json.dumps(shown))
     status = next((each.result.status for each in outcomes if each.result.status != 0), 0)
     return status, bool(changes.files or changes.copies)
 
@@ -153,6 +159,8 @@ def main(words: list[str]) -> int:
     options = parse_options(words)
     if os.geteuid() != 0:
         raise Failure("must be run as root")
+    if options.backup:
+        refuse(options.backup)
     machine = Machine()
-    status, changes = (print_json if options.json else print_preview)(machine, options.runs)
+    status, changes = (print_json if options.json else print_preview)(machine, options)
     return status or (CHANGES if options.exit_code and changes else 0)

@@ -68,6 +68,7 @@ class Mount:
         self.kind, _, more_options = source.split(" ")
         self.read_only = "ro" in options.split(",") + more_options.split(",")
         self.upper = f"{SCRATCH}/{self.id}/upper"
+        self.fd = -1
         self.real = ""
         self.covered = False
 
@@ -87,9 +88,9 @@ class Mount:
 
     def open(self) -> None:
         """Opens the root of the mount, so that it remains accessible."""
-        fd = os.open(self.path, os.O_PATH | os.O_NOFOLLOW)
+        self.fd = os.open(self.path, os.O_PATH | os.O_NOFOLLOW)
         # The process id differs from that in /proc if /proc belongs to another process namespace.
-        self.real = f"/proc/{os.readlink('/proc/self')}/fd/{fd}"
+        self.real = f"/proc/{os.readlink('/proc/self')}/fd/{self.fd}"
 
     def contains(self, path: str) -> bool:
         return path == self.path or path.startswith(self.path.rstrip("/") + "/")
