@@ -113,7 +113,7 @@ def print_preview(machine: Machine, options: Options) -> tuple[int, bool]:
     if deletions:
         summary.append(f"{count_of('file', 'files', [each.size for each in deletions])} would be deleted at the next rotation")
     print(", ".join(summary) + "." if summary else "No changes.")
-    for line in notes + judgement(machine, new) if new else []:
+    for line in notes + machine.worker.call(judgement, new):
         print(line)
     for line in back_up(machine, changes, deletions, options.backup) if options.backup else []:
         print(line)
@@ -136,7 +136,7 @@ def print_json(machine: Machine, options: Options) -> tuple[int, bool]:
     for path, size, by in deletions:
         later[line_of[by]].append((path, size))
     shown = {"runs": [as_json(each, later[each.run.line]) for each in outcomes],
-             "judgement": [valid(line) for line in notes + judgement(machine, new)] if new else []}
+             "judgement": [valid(line) for line in notes + machine.worker.call(judgement, new)]}
     if options.backup:
         shown["backup"] = [valid(line) for line in back_up(machine, changes, deletions, options.backup)]
     print(json.dumps(shown))
