@@ -65,9 +65,11 @@ class Directories:
         folder, base = os.path.split(pattern)
         paths = []
         for each in self.matching(folder) if is_pattern(folder) else [folder]:
-            names = self.read(each) or [] if is_pattern(base) else [base]
-            paths += [f"{each}/{name}" for name in names if base == name or
-                      fnmatch.fnmatchcase(name, base) and (name[0] != "." or base[0] == ".")]
+            if is_pattern(base):
+                paths += [f"{each}/{name}" for name in self.read(each) or [] if fnmatch.fnmatchcase(name, base) and
+                          (name[0] != "." or base[0] == ".")]
+            else:
+                paths += self.matching(f"{each}/{base}")
         return paths
 
     def copies_of(self, log: str) -> Iterator[tuple[str, os.stat_result]]:

@@ -13,6 +13,7 @@ from companions.text import shell_quoted
 
 LARGEST = 64 << 20
 SYSTEMD = "/run/systemd/system"
+SYSTEMCTL = "/usr/bin/systemctl"
 ENTRY = re.compile(rb'^"(.*)" (\d+)-(\d+)-(\d+)-(\d+):(\d+):(\d+)$', re.MULTILINE)
 ESCAPE = re.compile(rb"\\(.)", re.DOTALL)
 
@@ -75,7 +76,7 @@ def reason() -> str:
     if not os.path.isdir(SYSTEMD):
         return ""
     with contextlib.suppress(OSError, subprocess.TimeoutExpired):
-        result = subprocess.run(["systemctl", "show", "--property=Id,ActiveState,Result", "logrotate.timer", "logrotate.service"],
+        result = subprocess.run([SYSTEMCTL, "show", "--property=Id,ActiveState,Result", "logrotate.timer", "logrotate.service"],
                                 stdin=subprocess.DEVNULL, capture_output=True, timeout=5, text=True, check=False)
         units = [dict(line.split("=", 1) for line in unit.splitlines() if "=" in line) for unit in result.stdout.split("\n\n")]
         for unit in units:

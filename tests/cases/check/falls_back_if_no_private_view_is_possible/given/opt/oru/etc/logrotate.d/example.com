@@ -1,0 +1,3 @@
+/var/www/vhosts/system/example.com/logs/error_log {
+	size=5MB
+}
