@@ -11,8 +11,8 @@ from lib.sandbox import PROGRAM, TOP, Sandbox, scratch
 
 # The commands of the package, and their status if they cannot do their job.
 COMMANDS = {"tavek-logrotate-show": 2, "tavek-logrotate-preview": 125, "tavek-logrotate-check": 2}
-ENVIRONMENTS = ["LC_ALL=C.UTF-8", "LC_ALL=C", "LC_ALL=en_US.ISO-8859-1", "LC_ALL=xx", "PYTHONIOENCODING=latin-1",
-                "PYTHONHOME=/nowhere", "PYTHONPATH=/tmp", "PYTHONSTARTUP=/tmp/companions.py", "PYTHONWARNINGS=error"]
+ENVIRONMENTS = ["LC_ALL=C.UTF-8", "LC_ALL=C", "LC_ALL=en_US.ISO-8859-1", "PYTHONIOENCODING=latin-1",
+                "PYTHONPATH=/tmp PYTHONHOME=/nowhere PYTHONSTARTUP=/tmp/companions.py PYTHONWARNINGS=error"]
 
 
 class Commands(unittest.TestCase):
@@ -32,12 +32,12 @@ class Commands(unittest.TestCase):
 
     def test_help(self) -> None:
         for command in COMMANDS:
-            for environment in ENVIRONMENTS:
-                for option in "--help", "-h":
-                    status, said, errors = self.shell(f"{environment} {command} {option}")
-                    self.assertEqual((status, errors), (0, ""), (command, environment))
-                    self.assertRegex(said, rf"\A[A-Z][^\n]*\.\n\nUsage: {command} ")
-                    self.assertTrue(said.endswith(".\n") and f" {command} {{--help | --version}}\n" in said, said)
+            said = {self.shell(f"{environment} {command} {option}") for environment in ENVIRONMENTS for option in ("--help", "-h")}
+            self.assertEqual(len(said), 1)
+            status, text, errors = said.pop()
+            self.assertEqual((status, errors), (0, ""))
+            self.assertRegex(text, rf"\A[A-Z][^\n]*\.\n\nUsage: {command} ")
+            self.assertTrue(text.endswith(".\n") and f" {command} {{--help | --version}}\n" in text, text)
 
     def test_help_needs_no_rights(self) -> None:
         for command in COMMANDS:
@@ -100,7 +100,7 @@ class Show(unittest.TestCase):
     def test_the_names_are_the_same_in_every_locale(self) -> None:
         for name in b"caf\xc3\xa9.example", b"\xff.example":
             (self.sandbox.path("/opt/oru/etc/logrotate.d") / os.fsdecode(name)).write_text("/a {\n\tdaily\n}\n")
-        said = {self.sandbox.run("env", environment, "tavek-logrotate-show", "--commands").stdout for environment in ENVIRONMENTS}
+        said = {self.sandbox.run("env", *environment.split(), "tavek-logrotate-show", "--commands").stdout for environment in ENVIRONMENTS}
         self.assertEqual(len(said), 1)
         self.assertIn(b"\ntavek-logrotate 'caf\xc3\xa9.example' on ", said.pop())
 
@@ -110,12 +110,12 @@ class Show(unittest.TestCase):
         script = "tavek-logrotate-show >/tmp/said & sleep $2; kill -$1 $!; wait $!; echo $?; ls -A /dev/shm"
         killed = 0
         for name in "HUP", "INT", "TERM":
-            for delay in range(10):
-                result = self.sandbox.run("sh", "-c", script, "sh", name, str(0.05 + delay / 50))
+            for delay in range(5):
+                result = self.sandbox.run("sh", "-c", script, "sh", name, str(0.06 + delay / 30))
                 status, *left = result.stdout.decode().split()
                 self.assertEqual(left, [], (name, delay))
                 killed += status != "0"
-        self.assertGreater(killed, 10)
+        self.assertGreater(killed, 5)
 
 
 if __name__ == "__main__":
