@@ -63,7 +63,7 @@ class Entry:
             self.failed = True
         else:
             if stat.S_ISLNK(status.st_mode) or stat.S_IMODE(status.st_mode) != 0o644:
-                self.note(WARN, "a run would replace this link by a file" if stat.S_ISLNK(status.st_mode) else
+                self.note(WARN, "a run would replace this link with a file" if stat.S_ISLNK(status.st_mode) else
                           f"a run would change mode {stat.S_IMODE(status.st_mode):04o} to 0644")
             self.judge(rotation_file.parse(self.text), [f"{system}/{host}/logs/{family} " for family in LOG_FAMILIES], header)
 
