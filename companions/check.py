@@ -97,7 +97,8 @@ class Check:
         view = log_view.LogView()
         for path, rotation in self.configuration.rotation.items():
             view.add(rotation, self.configuration.texts[path], self.directories)
-        view.finish(self.panel.root, {LOGROTATE, os.devnull, HOSTS_DIRECTORY, *(os.path.realpath(path) for path in self.configuration.rotation)})
+        files = (os.path.realpath(path) for path in self.configuration.rotation)
+        view.finish(self.panel.root, {LOGROTATE, os.devnull, HOSTS_DIRECTORY, *files})
         return view
 
     def read_everything(self) -> Reading:
@@ -128,7 +129,8 @@ class Check:
     def check_messages(self, reading: Reading) -> None:
         repairs = 0
         # A duplicate entry may follow from a finding about stanzas.
-        known = {word for finding in self.findings if finding.kind == "stanza" for word in (finding.file, finding.text)}
+        known = {word for finding in self.findings if finding.kind == "stanza" and finding.line
+                 for word in (finding.file, finding.text)}
         for path, line, kind, text in sorted(set(reading.errors)):
             # The temporary file of a run is not an error. A run may have created or removed a file in the meantime.
             if self.configuration.is_temporary(path) or is_managed(path) and not line and not os.path.lexists(path):
@@ -139,20 +141,21 @@ class Check:
                 if path in known or match and FOREIGN + match[2] in known:
                     continue
                 text = text.replace(log, self.view.patterns.get(log, log) if self.view else log)
-            if self.view and repairs < MOST_REPAIRS and kind == "error" and line and is_host_file(path) and path in self.configuration.texts:
+            broken = self.configuration.texts.get(path) if kind == "error" and line and is_host_file(path) else None
+            if self.view and broken and repairs < MOST_REPAIRS:
                 repairs += 1
-                text += repair(path, line, self.configuration.texts[path], self.view)
+                text += repair(path, line, broken, self.view)
             self.add(path, line, kind, text)
         if PANEL_FILE + ".disabled" in self.configuration.files:
             reading.ignored.setdefault(PANEL_FILE + ".disabled", "because of its name")
         for path, why in reading.ignored.items():
             if is_managed(path) and path not in reading.read and path not in self.configuration.temporary:
                 status = self.configuration.files.get(path)
+                age = time.time() - status.st_mtime if status else 0
                 # A run creates an empty file first.
-                if status and stat.S_ISREG(status.st_mode) and status.st_size == 0 and time.time() - status.st_mtime < LEFTOVER_SECONDS:
-                    continue
-                pipe = status and stat.S_ISFIFO(status.st_mode)
-                self.add(path, 0, "ignored", f"ignored {why}" + ("; logrotate waits for this FIFO forever" if pipe else ""))
+                if "empty" not in why or age >= LEFTOVER_SECONDS:
+                    pipe = "; logrotate waits for this FIFO forever" if status and stat.S_ISFIFO(status.st_mode) else ""
+                    self.add(path, 0, "ignored", f"ignored {why}{pipe}")
 
     def check_hosts(self, reading: Reading) -> None:
         names = {os.path.basename(path) for path in self.configuration.host_files()}
@@ -177,8 +180,6 @@ class Check:
         """Reports directives that have no effect. logrotate does not notice them."""
         rotations = self.configuration.rotation
         for path in [path for path in reading.read if is_managed(path) and path in rotations]:
-            if path in self.configuration.temporary:
-                continue
             for command, line in missing_commands(rotations[path]).items():
                 self.add(path, line, "command", f"{command} does not exist or cannot be executed")
             outside = (rotations[self.main].outside + "\n" if self.main in rotations else "") + rotations[path].outside
@@ -262,7 +263,8 @@ def main(words: list[str]) -> int:
     if "--plugin" not in words:
         arguments = parse(words)
         findings, _ = findings_of(arguments)
-        print(end=report.as_json(findings) + "\n" if arguments.json else "".join(report.as_text(each) + "\n" for each in findings))
+        for line in [report.as_json(findings)] if arguments.json else map(report.as_text, findings):
+            print(line)
         return 1 if findings else 0
     try:
         level, line = report.as_plugin(*findings_of(parse(words)))

@@ -14,12 +14,8 @@ LEVELS = ("OK", "WARNING", "CRITICAL", "UNKNOWN")
 
 # The kinds, with their level for a monitoring program. CRITICAL: logs are not rotated although they should be, or users
 # other than root can decide what root runs.
-KINDS = {
-    "duplicate": CRITICAL, "error": CRITICAL, "log": CRITICAL, "not-included": CRITICAL, "overdue": CRITICAL,
-    "permissions": CRITICAL, "state": CRITICAL,
-    "anonymize": WARNING, "command": WARNING, "gone": WARNING, "ignored": WARNING, "leftover": WARNING, "missing": WARNING,
-    "stanza": WARNING, "unchecked": WARNING,
-}
+KINDS = {kind: CRITICAL for kind in ("duplicate", "error", "log", "not-included", "overdue", "permissions", "state")}
+KINDS |= {kind: WARNING for kind in ("anonymize", "command", "gone", "ignored", "leftover", "missing", "stanza", "unchecked")}
 
 
 class Finding(NamedTuple):

@@ -66,5 +66,6 @@ def repair(path: str, number: int, text: str, view: LogView) -> str:
     if errors_after(PROGRAM, copy, "on", "by_time", "daily", "5", "true", "-K") >= errors:
         for script in (each.format(number) for each in REPAIRS):
             if errors_after("sed", "-i", script, copy) < errors:
-                return f"; another run does not repair this line; look at it, then: sed -i {shell_quoted(script)} {shell_quoted(path)}"
+                command = f"sed -i {shell_quoted(script)} {shell_quoted(path)}"
+                return f"; another run does not repair this line; look at it, then: {command}"
     return ""

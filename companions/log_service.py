@@ -19,8 +19,8 @@ LOGROTATE_SECONDS = 60
 
 PERIODS = {"hourly": DAY / 24, "weekly": 7 * DAY, "monthly": 31 * DAY, "yearly": 366 * DAY}
 # The start of the messages about the logs of a stanza. Depending on the version, more follows on the line or on the next.
-SCHEDULE = re.compile(r"(.*?)\s+(?:(hourly|weekly|monthly|yearly)|after (\d+) days|(\d+) bytes) (.*?)(?:No logs found|considering log|$)",
-                      re.DOTALL)
+SCHEDULE = re.compile(r"(.*?)\s+(?:(hourly|weekly|monthly|yearly)|after (\d+) days|(\d+) bytes) (.*?)"
+                      r"(?:No logs found|considering log|$)", re.DOTALL)
 MINIMUM = re.compile(r"only log files >= (\d+) bytes")
 INSECURE = re.compile(r'skipping "(.*)/[^/]*" because (parent directory has insecure permissions) .*')
 

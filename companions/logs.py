@@ -28,10 +28,10 @@ TOLERANCE = 3 * 3600
 FS_IOC_GETFLAGS, FS_IMMUTABLE_FL, FS_APPEND_FL = 0x80086601, 0x10, 0x20
 
 COPY_SUFFIX = re.compile(r"[.-]\d[\d.-]*(\.(gz|bz2|xz|zst))?")
-MONTHS = ["jan", "feb", "mar", "apr", "may", "jun", "jul", "aug", "sep", "oct", "nov", "dec"]
-# The dates of the logs of Apache, nginx, PHP and syslog: 22/Nov/2026, 22-Nov-2026, 2026-11-22, 2026/11/22, Nov 22 [time] 2026.
-DATE = re.compile(r"(?P<d>\d\d)[/-](?P<b>[A-Z][a-z]{2})[/-](?P<y>\d{4})|(?P<y2>\d{4})[/-](?P<m>\d\d)[/-](?P<d2>\d\d)|"
-                  r"(?P<b3>[A-Z][a-z]{2}) (?P<d3>[ \d]\d) [\d:.]{8,15} (?P<y3>\d{4})")
+# The dates of the logs of Apache, nginx, PHP and others: 22/Nov/2026, 22-Nov-2026, 2026-11-22, 2026/11/22.
+DATE = re.compile(r"\d\d?[/-][A-Z][a-z]{2}[/-]\d{4}|\d{4}[/-]\d\d[/-]\d\d")
+# Like them: Nov 22 10:00:00.123456 2026.
+LONG_DATE = re.compile(r"([A-Z][a-z]{2}) +(\d\d?) [\d:.]{8,15} (\d{4})")
 
 
 class Schedule(NamedTuple):
@@ -155,10 +155,8 @@ def date_at(path: str, offset: int) -> float | None:
     with contextlib.suppress(OSError, ValueError):
         with open(path, "rb", opener=open_safely) as file:
             file.seek(offset)
-            match = DATE.search(file.read(4096).decode(errors="replace"))
+            match = DATE.search(LONG_DATE.sub(r"\2-\1-\3", file.read(4096).decode(errors="replace")))
         if match:
-            year, month, day = (next(match[name] for name in names if match[name]) for names in
-                                (("y", "y2", "y3"), ("b", "m", "b3"), ("d", "d2", "d3")))
-            number = MONTHS.index(month.lower()) + 1 if month.isalpha() else int(month)
-            return time.mktime((int(year), number, int(day), 23, 59, 59, 0, 0, -1))
+            date = match[0].replace("/", "-")
+            return time.mktime(time.strptime(date, "%d-%b-%Y" if date.upper() != date else "%Y-%m-%d")) + DAY
     return None

@@ -7,7 +7,7 @@ import stat
 import subprocess
 import time
 
-from companions.log_service import LOGROTATE, run_logrotate
+from companions.log_service import run_logrotate
 from companions.logs import DAY, is_immutable
 from companions.text import shell_quoted
 
@@ -75,14 +75,13 @@ def reason() -> str:
     """Returns what systemd says about the log service."""
     if not os.path.isdir(SYSTEMD):
         return ""
-    with contextlib.suppress(OSError, subprocess.TimeoutExpired):
+    with contextlib.suppress(OSError, KeyError, subprocess.TimeoutExpired):
         result = subprocess.run([SYSTEMCTL, "show", "--property=Id,ActiveState,Result", "logrotate.timer", "logrotate.service"],
                                 stdin=subprocess.DEVNULL, capture_output=True, timeout=5, text=True, check=False)
         units = [dict(line.split("=", 1) for line in unit.splitlines() if "=" in line) for unit in result.stdout.split("\n\n")]
-        for unit in units:
-            if unit.get("Id") == "logrotate.timer" and unit.get("ActiveState") != "active":
-                return f"; logrotate.timer is {unit.get('ActiveState')}"
-        for unit in units:
-            if unit.get("Id") == "logrotate.service" and unit.get("Result") != "success":
-                return f"; the last run of logrotate.service failed ({unit.get('Result')})"
+        state = {unit.get("Id", ""): unit for unit in units}
+        if (active := state["logrotate.timer"]["ActiveState"]) != "active":
+            return f"; logrotate.timer is {active}"
+        if (last := state["logrotate.service"]["Result"]) != "success":
+            return f"; the last run of logrotate.service failed ({last})"
     return ""

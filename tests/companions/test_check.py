@@ -69,7 +69,8 @@ class Overdue(Folder):
 
     def test_a_recent_first_line_excuses_the_log(self) -> None:
         now = time.localtime()
-        for form in "[%a %b %d %H:%M:%S.123456 %Y] x", '1.2.3.4 - - [%d/%b/%Y:%H:%M:%S +0000] "GET /"', "%Y/%m/%d x", "[%d-%b-%Y] x":
+        for form in ("[%a %b %d %H:%M:%S.123456 %Y] x", '1.2.3.4 - - [%d/%b/%Y:%H:%M:%S +0000] "GET /"', "%Y/%m/%d x",
+                     "[%d-%b-%Y] x"):
             self.write("a.log", time.strftime(form, now))
             self.assertEqual(self.overdue(DAILY, 5), [], form)
             self.write("a.log", time.strftime(form, time.localtime(time.time() - 4 * DAY)) + time.strftime(f"\n{form}", now))
