@@ -205,13 +205,15 @@ class Check:
 
     def check_logs(self, reading: Reading, all_logs: dict[tuple[str, int, str, str], Logs]) -> None:
         works = not any(finding.kind == "state" for finding in self.findings)
-        crowded: set[str] = set()
+        seen: set[str] = set()
         for (path, line, key, pattern), logs in all_logs.items():
             folder = os.path.dirname(pattern)
-            if self.directories.names.get(folder, []) is None and folder not in crowded:
-                crowded.add(folder)
+            if folder not in seen and self.directories.names.get(folder, []) is None:
                 self.add(path, line, "unchecked", f"more than {LARGEST_DIRECTORY} files in {printable(folder)}, "
                          "so its logs are not examined and their rotation takes long")
+            if folder not in seen and os.path.lexists(folder) and not os.path.isdir(folder):
+                self.add(path, line, "log", f"not a directory: {printable(folder)}")
+            seen.add(folder)
             for obstacle in logs.obstacles() if is_managed(path) else ():
                 self.add(path, line, "log", obstacle)
             if works and key in reading.schedules and (late := logs.overdue(reading.schedules[key], self.state.dates)):
