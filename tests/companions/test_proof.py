@@ -5,6 +5,7 @@ import tempfile
 import unittest
 from unittest import mock
 
+from companions import proof
 from companions.command import Failure
 from companions.proof import Run, line_changes, prove
 
@@ -61,6 +62,30 @@ class Proofs(unittest.TestCase):
 
     def test_files_of_the_same_name(self) -> None:
         self.assertEqual(prove([Run("/x/a", "x", ["keep"]), Run("/y/a", "y", ["name"])]), [[], ["- y", "+ a"]])
+
+    def test_few_runs_at_once_and_few_copies(self) -> None:
+        start, result_of = proof.start, proof.result_of
+        running = most = 0
+
+        def counted_start(run: Run, directory: str) -> int:
+            nonlocal running, most
+            running += 1
+            most = max(most, running)
+            return start(run, directory)
+
+        def counted_result(run: Run, directory: str, status: int) -> list[str] | Failure:
+            nonlocal running
+            running -= 1
+            result = result_of(run, directory, status)
+            self.assertEqual(os.listdir(directory), [])
+            return result
+
+        for processors, expected in (3, 4), (None, 2):
+            most = 0
+            with mock.patch("companions.proof.start", counted_start), mock.patch("companions.proof.result_of", counted_result), \
+                    mock.patch("os.cpu_count", return_value=processors):
+                prove([Run("/x/a", "", ["keep"])] * 9)
+            self.assertEqual(most, expected)
 
     def test_no_program(self) -> None:
         with mock.patch("companions.proof.PROGRAM", "/nowhere/program"), self.assertRaisesRegex(Failure, "cannot start /nowhere"):
