@@ -51,7 +51,8 @@ class Check:
         self.check_stanzas()
         self.check_leftovers()
         logs = self.look_at_logs()
-        if problem := self.state.problem(any(each.are_old() for each in logs.values())):
+        # On a new machine other packages have old logs from the image of the system.
+        if problem := self.state.problem(any(each.are_old() for (path, *_), each in logs.items() if is_managed(path))):
             self.add(self.state.path, 0, "state", problem)
         self.view = None if refusal else self.build_view()
         reading = self.read_everything()
