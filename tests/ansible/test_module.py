@@ -190,10 +190,10 @@ class Module(unittest.TestCase):
         (self.folder / name).write_text(text)
         return self.folder / name
 
-    def reply(self, *runs: dict[str, Any]) -> None:
+    def reply(self, *runs: dict[str, Any], judgement: tuple[str, ...] = ()) -> None:
         """Sets what the preview shows for each run. By default a run succeeds, changes nothing and says nothing."""
-        nothing = {"status": 0, "error": "", "changed": False, "diff": "", "deleted": []}
-        self.write("reply", json.dumps({"runs": [{**nothing, **each} for each in runs], "judgement": []}))
+        nothing = {"status": 0, "error": "", "changed": False, "diff": "", "deleted": [], "deleted_at_next_rotation": []}
+        self.write("reply", json.dumps({"runs": [{**nothing, **each} for each in runs], "judgement": judgement}))
 
     def execute(self, check_mode: bool = False, **parameters: Any) -> Any:
         """Returns what the module reports, as Ansible reads it."""
@@ -254,14 +254,16 @@ class Module(unittest.TestCase):
 
     def test_only_runs_that_change_something_are_done(self) -> None:
         self.reply({"changed": True, "diff": "A\n", "error": "preview of a"}, {},
-                   {"changed": True, "diff": "C\n", "deleted": [{"path": "/x\n", "size": 5}, {"path": "/\u00e4", "size": 0}]})
-        diff = "A\nC\ndelete '/x\\n' (5 bytes)\ndelete '/\u00e4' (0 bytes)\n"
+                   {"changed": True, "diff": "C\n", "deleted": [{"path": "/x\n", "size": 5}, {"path": "/\u00e4", "size": 0}],
+                    "deleted_at_next_rotation": [{"path": "/y", "size": 7}]}, judgement=("fine",))
+        diff = ("A\nC\ndelete '/x\\n' (5 bytes)\ndelete '/\u00e4' (0 bytes)\n"
+                "at its next rotation, logrotate would delete: '/y' (7 bytes)\n")
         changed = {"changed": True, "diff": {"prepared": diff}, "failures": []}
-        self.assertEqual(self.hosts("a", "b", "c", check_mode=True), {**changed, "messages": ["preview of a"]})
+        self.assertEqual(self.hosts("a", "b", "c", check_mode=True), {**changed, "messages": ["preview of a", "fine"]})
         self.assertEqual(self.words(), ["--batch - --json"])
         (self.folder / "program_messages").write_bytes(b"one\ntwo \xff\n")
         messages = ["one", "two \\xff"] * 2
-        self.assertEqual(self.hosts("a", "b", "c"), {**changed, "messages": messages})
+        self.assertEqual(self.hosts("a", "b", "c"), {**changed, "messages": [*messages, "fine"]})
         end = "--on-off=on --compress=on --period-type=by_time --period=daily --rot-count=7"
         self.assertEqual(self.words()[2:], [f"--vhost-name=a {end}", f"--vhost-name=c {end}"])
 

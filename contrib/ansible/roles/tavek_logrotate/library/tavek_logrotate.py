@@ -143,8 +143,10 @@ def run(command: str, *arguments: str, text: str = "") -> subprocess.CompletedPr
 
 
 def diff_of(result: dict[str, Any]) -> str:
-    """Returns the diff of a run, and the copies that it deletes, whose names may contain anything."""
-    return "".join([result["diff"], *(f"delete {copy['path']!r} ({copy['size']} bytes)\n" for copy in result["deleted"])])
+    """Returns the diff of a run, and what is deleted, the names of which may contain anything."""
+    deletions = [("delete", file) for file in result["deleted"]]
+    deletions += [("at its next rotation, logrotate would delete:", file) for file in result["deleted_at_next_rotation"]]
+    return "".join([result["diff"], *(f"{what} {file['path']!r} ({file['size']} bytes)\n" for what, file in deletions)])
 
 
 def main() -> None:
@@ -171,11 +173,11 @@ def main() -> None:
     preview = run(module.get_bin_path("tavek-logrotate-preview", required=True), "--batch", "-", "--json",
                   text="".join(shlex.join([PROGRAM, *arguments]) + "\n" for _, arguments in runs))
     try:
-        results = json.loads(preview.stdout)["runs"]
+        shown = json.loads(preview.stdout)
     except ValueError:
         module.fail_json(msg=preview.stderr.strip() or f"tavek-logrotate-preview: exit status {preview.returncode}")
     changes, failures = [], []
-    for (entry, arguments), result in zip(runs, results):
+    for (entry, arguments), result in zip(runs, shown["runs"]):
         if result["changed"] and result["status"] == 0 and not module.check_mode:
             done = run(PROGRAM, *arguments)
             result.update(status=done.returncode, error=done.stderr)
@@ -187,7 +189,7 @@ def main() -> None:
     module.exit_json(
         changed=bool(changes),
         diff={"prepared": "".join(map(diff_of, changes))},
-        messages=[line for result in changes for line in result["error"].splitlines()],
+        messages=[line for result in changes for line in result["error"].splitlines()] + shown["judgement"],
         failures=list(dict.fromkeys(failures)),
     )
 
