@@ -84,11 +84,12 @@ class Entry:
 
     def command(self, given: dict[str, str]) -> list[str]:
         """Returns the command that makes the settings, with the given ones instead of those in the file."""
-        name = [] if self.category else [self.name]
         options = self.words(self.settings.options | given)
-        if self.name.startswith("-") and not self.category:
-            name, options[0] = [f"--vhost-name={self.name}"], "--on-off=on"
-        return ["tavek-logrotate", *name, *options]
+        if self.category:
+            return ["tavek-logrotate", *options]
+        if self.name.startswith("-"):
+            return ["tavek-logrotate", f"--vhost-name={self.name}", "--on-off=on", *options[1:]]
+        return ["tavek-logrotate", self.name, *options]
 
 
 def prove_all(entries: Sequence[Entry], given: dict[str, str]) -> None:
