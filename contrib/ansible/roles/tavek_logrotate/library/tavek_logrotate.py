@@ -149,27 +149,8 @@ def diff_of(result: dict[str, Any]) -> str:
     return "".join([result["diff"], *(f"{what} {file['path']!r} ({file['size']} bytes)\n" for what, file in deletions)])
 
 
-def main() -> None:
-    module = AnsibleModule(
-        argument_spec={
-            "hosts": {"type": "list", "elements": "dict"},
-            "host_defaults": {"type": "dict"},
-            "categories": {"type": "list", "elements": "dict"},
-            "only_validate": {"type": "bool"},
-        },
-        supports_check_mode=True,
-    )
-    # A variable without a value is null.
-    hosts, host_defaults, categories = (module.params[name] or {} for name in ("hosts", "host_defaults", "categories"))
-    entries = [Entry("host", merge(host_defaults, settings)) for settings in hosts]
-    entries += [Entry("category", merge({}, settings)) for settings in categories]
-    problems = problems_of(entries)
-    if problems:
-        module.fail_json(msg="\n".join(problems))
-    if module.params["only_validate"]:
-        module.exit_json(changed=False)
-
-    runs = [(entry, arguments) for entry in entries for arguments in entry.runs()]
+def carry_out(module: AnsibleModule, runs: list[tuple[Entry, list[str]]]) -> None:
+    """Does those of the runs that change anything, unless Ansible only checks. Reports the changes and the failures."""
     preview = run(module.get_bin_path("tavek-logrotate-preview", required=True), "--batch", "-", "--json",
                   text="".join(shlex.join([PROGRAM, *arguments]) + "\n" for _, arguments in runs))
     try:
@@ -192,6 +173,29 @@ def main() -> None:
         messages=[line for result in changes for line in result["error"].splitlines()] + shown["judgement"],
         failures=list(dict.fromkeys(failures)),
     )
+
+
+def main() -> None:
+    module = AnsibleModule(
+        argument_spec={
+            "hosts": {"type": "list", "elements": "dict"},
+            "host_defaults": {"type": "dict"},
+            "categories": {"type": "list", "elements": "dict"},
+            "only_validate": {"type": "bool"},
+        },
+        supports_check_mode=True,
+    )
+    # A variable without a value is null.
+    hosts, host_defaults, categories = (module.params[name] or {} for name in ("hosts", "host_defaults", "categories"))
+    entries = [Entry("host", merge(host_defaults, settings)) for settings in hosts]
+    entries += [Entry("category", merge({}, settings)) for settings in categories]
+    problems = problems_of(entries)
+    if problems:
+        module.fail_json(msg="\n".join(problems))
+    if module.params["only_validate"]:
+        module.exit_json(changed=False)
+
+    carry_out(module, [(entry, arguments) for entry in entries for arguments in entry.runs()])
 
 
 if __name__ == "__main__":
