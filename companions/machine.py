@@ -138,7 +138,7 @@ class Machine:
         """
         workers = [Worker(self.mounts, self.directory) for _ in range(min(os.cpu_count() or 1, len(files)))]
         for number, worker in enumerate(workers):
-            worker.start(next_rotation, files[number::len(workers)])
+            worker.start(next_rotation, files, number, len(workers))
 
         def finish() -> tuple[list[Deletion], list[str]]:
             results = [worker.receive() for worker in workers]

@@ -35,7 +35,7 @@ NEEDED = ("/bin/", "/dev/", "/etc/", "/lib/", "/lib64/", "/proc/", "/sbin/", "/s
 COMPRESSOR, OTHER_PROGRAMS = "/bin/gzip", ("/bin/sh", "/usr/bin/mail", "/bin/gunzip")
 COMPRESSOR_LINE = re.compile(r"^[ \t]*compresscmd[ \t=]+(\S+)", re.MULTILINE)
 LEFT_OUT_LINE = re.compile(r"^[ \t]*(?:include|compressoptions)[ \t=].*$", re.MULTILINE)
-INCLUDE_LINE = re.compile(r"^[ \t]*include[ \t=]+(.*?)[ \t]*$", re.MULTILINE)
+SCRIPTS = {"prerotate", "postrotate", "firstaction", "lastaction", "preremove"}
 OLD_DIRECTORY_LINE = re.compile(r"^[ \t]*olddir[ \t=]+(\S+)", re.MULTILINE)
 
 
@@ -59,7 +59,7 @@ class RotationFile(NamedTuple):
 class NextRotation:
     """The next rotation of the logs of some rotation files. It ruins the view of this process."""
 
-    def __init__(self, paths: list[str]):
+    def __init__(self, paths: list[str], part: int, parts: int):
         self.notes: list[str] = []
         self.files: dict[str, RotationFile] = {}
         # For each directory of logs or copies, the rotation files.
@@ -74,15 +74,27 @@ class NextRotation:
                 self.files[path] = read(path, settings)
             except (OSError, Failure) as error:
                 self.notes.append(f"the next rotation for {printable(path)} is not known: {error}")
+        mine = groups(self.files)[part::parts]
+        self.files = {path: self.files[path] for group in mine for path in group}
         for path, file in self.files.items():
             for directory in file.directories:
                 self.users.setdefault(directory, []).append(path)
         self.enter()
         self.cover_directories()
         self.cover_programs([settings, *(file.text for file in self.files.values())])
-        write(f"{SCRATCH}/main", os.fsencode(f"{settings}\ninclude {SCRATCH}/files\n"))
+        self.write_configuration(settings)
+
+    def write_configuration(self, settings: str) -> None:
+        """Writes copies of the rotation files, and a main file that includes them in the usual order."""
+        folders = sorted({os.path.dirname(path) for path in self.files},
+                         key=lambda folder: (folder != SYSTEM_DIRECTORY, folder != HOSTS_DIRECTORY, folder))
+        copies = {folder: f"{SCRATCH}/files/{number}" for number, folder in enumerate(folders)}
+        for folder in copies.values():
+            os.mkdir(folder)
+            settings += f"\ninclude {folder}\n"
+        write(f"{SCRATCH}/main", os.fsencode(settings))
         for path, file in self.files.items():
-            copy = f"{SCRATCH}/files/{os.path.basename(path)}"
+            copy = f"{copies[os.path.dirname(path)]}/{os.path.basename(path)}"
             write(copy, os.fsencode(LEFT_OUT_LINE.sub("", file.text)))
             take_over(copy, os.stat(path))
 
@@ -174,9 +186,12 @@ class NextRotation:
                      if fnmatch.fnmatchcase(name, os.path.basename(pattern) + "*")), files[0])
 
 
-def next_rotation(paths: list[str]) -> tuple[list[Deletion], list[str]]:
-    """Returns what the next rotation of the logs of these rotation files deletes, and notes about what is not known."""
-    rotation = NextRotation(paths)
+def next_rotation(paths: list[str], part: int, parts: int) -> tuple[list[Deletion], list[str]]:
+    """Returns what the next rotation of the logs of these rotation files deletes, and notes about what is not known.
+
+    Processes that share the work get the same paths. The files are divided into so many parts.
+    """
+    rotation = NextRotation(paths, part, parts)
     try:
         return rotation.deletions(), rotation.notes
     except FileNotFoundError:
@@ -185,15 +200,39 @@ def next_rotation(paths: list[str]) -> tuple[list[Deletion], list[str]]:
         return [], [f"logrotate does not end within {SECONDS} s: the next rotation is not known."]
 
 
+def groups(files: dict[str, RotationFile]) -> list[list[str]]:
+    """Returns the files in groups that have no directory in common, so that their rotations are independent."""
+    found: dict[str, list[str]] = {}
+    for path, file in files.items():
+        shared = {id(found[directory]): found[directory] for directory in file.directories if directory in found}
+        group = [*(each for other in shared.values() for each in other), path]
+        for directory in (directory for each in group for directory in files[each].directories):
+            found[directory] = group
+    return list({id(group): group for group in found.values()}.values())
+
+
 def global_settings() -> str:
     """Returns what the main configuration file sets before it includes a directory of rotation files."""
     try:
-        text = rotation_file.parse(rotation_file.read(MAIN_FILE)).outside
+        text = rotation_file.read(MAIN_FILE)
     except (OSError, Failure):
         return ""
     directories = {os.path.realpath(path) for path in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY)}
-    end = next((line.start() for line in INCLUDE_LINE.finditer(text) if os.path.realpath(line[1]) in directories), len(text))
-    return LEFT_OUT_LINE.sub("", text[:end])
+    settings: list[str] = []
+    in_stanza = in_script = False
+    for line in text.split("\n"):
+        words = line.split() or [""]
+        if in_script:
+            in_script = words[0] != "endscript"
+        elif in_stanza:
+            in_script, in_stanza = words[0] in SCRIPTS, "}" not in line
+        elif words[0].startswith(("/", "'", '"', "{")):
+            in_stanza = "{" in line and "}" not in line
+        elif words[0] == "include" and os.path.realpath(words[-1].strip("\"'")) in directories:
+            break
+        else:
+            settings.append(line)
+    return LEFT_OUT_LINE.sub("", "\n".join(settings))
 
 
 def read(path: str, settings: str) -> RotationFile:

@@ -58,6 +58,8 @@ _tavek_logrotate_states() {
 _tavek_logrotate_values() {
     case $1 in
         --vhost-name) _tavek_logrotate_hosts ;;
+        --backup) _filedir -d ;;
+        --batch) _filedir ;;
         --on-off) _tavek_logrotate_states ;;
         --period-type) _tavek_logrotate_words by_time by_size ;;
         --period) [[ $period_type == by_size ]] || _tavek_logrotate_words daily weekly monthly ;;
@@ -79,7 +81,7 @@ _tavek_logrotate_note() {
     case $1 in
         --system-logs) job=system ;;
         --keep-old-logs | -K) used+='--keep-old-logs -K ' ;;
-        --help | -h) job=none ;;
+        --help | -h | --batch) job=none ;;
         --*-logs) job=${job:-category} ;;
         --on-off | --compress | --email) job=${job:-host} ;;
     esac
@@ -92,7 +94,7 @@ _tavek_logrotate_scan() {
         word=${words[i]}
         case $word in
             --*=*) _tavek_logrotate_note "${word%%=*}" "${word#*=}" ;;
-            --vhost-name | --on-off | --period-type | --period | --rot-count | --compress | --email | --anonymize-ip)
+            --vhost-name | --on-off | --period-type | --period | --rot-count | --compress | --email | --anonymize-ip | --backup | --batch)
                 # The option whose value is being typed is not complete yet.
                 ((++i < cword)) && _tavek_logrotate_note "$word" "${words[i]}"
                 ;;
@@ -124,7 +126,10 @@ _tavek_logrotate_options() {
             [[ $job || " $used" == *\ @(-K|--vhost-name)\ * ]] || uses+=' --system-logs'
             ;;
     esac
-    [[ ${words[0]} != *-preview || $cword -ne 1 ]] || uses+=' --exit-code'
+    # The options of the preview stand before those of the run.
+    if [[ ${words[0]} == *-preview && " $used" =~ ^\ (--(exit-code|json|backup|batch)\ )*$ ]]; then
+        uses+=' --exit-code --json --backup --batch'
+    fi
     for option in $uses; do
         [[ " $used" == *" $option "* ]] || _tavek_logrotate_words "$option"
     done

@@ -20,7 +20,7 @@ function __tavek_logrotate_scan
         switch $words[1]
             case '--*=*'
                 string match -rq -- '^--(?<option>[^=]*)=(?<value>.*)$' $words[1]
-            case --vhost-name --on-off --period-type --period --rot-count --compress --email --anonymize-ip
+            case --vhost-name --on-off --period-type --period --rot-count --compress --email --anonymize-ip --backup --batch
                 # The option whose value is being typed is not complete yet.
                 set -q words[2]; or break
                 set option (string sub -s 3 -- $words[1])
@@ -52,7 +52,7 @@ function __tavek_logrotate_scan
             case system-logs
                 set job system
             case keep-old-logs
-            case help
+            case help batch
                 set job none
             case '*-logs'
                 test -n "$job"; or set job category
