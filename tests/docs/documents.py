@@ -1,16 +1,4 @@
-r"""Finds the sections of Markdown files and manual pages, and the commands in them.
-
-The fence of a Markdown block gives its kind:
-
-    ```sh               a script, run in the sandbox; it must end with status 0
-    ```console          commands after "# " or "$ ", continued after "> ", each followed by its exact output; they run
-                        in one shell, and each must end with status 0
-    ```console fails    the same, but each must fail
-    ```sh checkout      commands to be run at the top of the source tree; the tests do not run them
-    ```other or ```     not commands
-
-In a manual page, each literal display is a console.
-"""
+"""Finds the sections of Markdown files and manual pages, and the blocks in them, whose kinds README.md describes."""
 
 import pathlib
 import re

@@ -158,13 +158,3 @@ def processor_seconds(function):
     result = function()
     after = resource.getrusage(resource.RUSAGE_CHILDREN)
     return result, after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
-
-
-@contextlib.contextmanager
-def small_disk(options):
-    """Mounts a tmpfs with these options over the folder of the target."""
-    subprocess.run(["mount", "-t", "tmpfs", "-o", f"{options},mode=755", "tmpfs", HOSTS], check=True)
-    try:
-        yield
-    finally:
-        subprocess.run(["umount", "-l", HOSTS], check=True)

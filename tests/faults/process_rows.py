@@ -1,64 +1,15 @@
-"""The streams, file-creation mask and signals that a run gets from its caller, and the order of its system calls."""
+"""The signals that a run gets, and the order of its system calls."""
 
 import itertools
-import os
 import random
 import re
 import signal
 import subprocess
 import time
 
-from lab import (DAILY, ENDING_SIGNALS, HOSTS, NAMED_SIGNALS, NEW, OLD, SYSTEM, SYSTEM_FILES, TARGET, TOOL, UNCLOSED,
-                 beside, get, put, reset, shell, signal_name, stanzas, traced)
+from lab import (DAILY, ENDING_SIGNALS, HOSTS, NAMED_SIGNALS, NEW, OLD, TARGET, TOOL, UNCLOSED, beside, get, reset, signal_name,
+                 traced)
 from rows import row
-
-CLOSED = [" ".join(closed) for count in range(4) for closed in itertools.combinations(("<&-", ">&-", "2>&-"), count)]
-KEEP = ("example.com", "keep")
-CATEGORY = ("--nginx-logs", f"--vhost-name={TARGET}", "-K")
-CREATING_RUNS = [(DAILY, OLD), (DAILY, None), (KEEP, OLD), (KEEP, None), (CATEGORY, OLD)]
-
-
-@row("closed standard streams")
-def closed_streams(row):
-    """No message may be written to a file whose descriptor has the number of a closed stream."""
-    for closed in CLOSED:
-        reset()
-        result = shell(f'exec prlimit --fsize=100 "$0" "$@" {closed}', *DAILY)
-        row.check((result.status, get(TARGET), beside()) == (1, OLD, []), f"failed write, {closed}: {result}")
-        row.check(bool(result.error) == ("2>" not in closed), f"failed write, {closed}: {result.error!r}")
-        for path in SYSTEM_FILES:
-            put(path, stanzas(3, "daily", 9))
-        result = shell(f'exec "$0" "$@" {closed}', *SYSTEM)
-        row.check(result.status == 0, f"all system logs, {closed}: {result}")
-        row.check(all(get(path) == stanzas(3, "weekly", 3) for path in SYSTEM_FILES), f"all system logs, {closed}")
-
-
-@row("a closed pipe as standard error")
-def closed_pipe(row):
-    """The temporary file must be removed before the message is written."""
-    for ignored in (False, True):
-        reset()
-        reading, writing = os.pipe()
-        os.close(reading)
-        result = traced(["prlimit", "--fsize=100", TOOL, *DAILY], stderr=writing, restore_signals=not ignored)
-        os.close(writing)
-        what = f"SIGPIPE {'ignored' if ignored else 'default'}"
-        row.check((result.status, get(TARGET), beside()) == (1, OLD, []), f"{what}: {result.status}")
-        removed_first = re.search(r"^unlink\(.*^write\(2, .*EPIPE", result.trace, re.DOTALL | re.MULTILINE)
-        row.check(removed_first, f"{what}: the message is written before the temporary file is removed")
-
-
-@row("the file-creation mask")
-def creation_mask(row):
-    """Other users must never be able to write to a file that the run creates."""
-    for mask, (arguments, before) in itertools.product((0, 0o22, 0o77, 0o777), CREATING_RUNS):
-        reset(before)
-        result = traced([TOOL, *arguments], "-e", "trace=openat,umask", umask=mask)
-        what = f"umask {mask:o}, {arguments}"
-        row.check(result.status == 0 and os.stat(TARGET).st_mode == 0o100644, f"{what}: {result}")
-        row.check("umask(022)" in result.trace[:result.trace.find("O_CREAT")], f"{what}: the mask is not set first")
-        modes = re.findall(r"O_CREAT.*, 0(\d+)\) = ", result.trace)
-        row.check(modes and not any(int(mode, 8) & 0o022 for mode in modes), f"{what}: created with {modes}")
 
 
 @row("the order of the system calls")

@@ -34,12 +34,6 @@ protected:
   RewriteJob job;
 };
 
-TEST_F(Rewriter, ReplacesAndAddsDirectivesAndCopiesTheRest) {
-  EXPECT_EQ(rewritten("# mine\n/a /b {\n\tdaily\n\tnotifempty\n\tmail x@y\n}\n\n/c\n{\nrotate 1\n}\n"),
-            "# mine\n/a /b {\n\tweekly\n\tnotifempty\n\trotate 5\n\tnocompress\n\tmissingok\n\tcopytruncate\n}\n\n"
-            "/c\n{\n\trotate 5\n\tweekly\n\tnocompress\n\tmissingok\n\tcopytruncate\n}\n");
-}
-
 // The file is longer than the output buffer, so that the first pass has written to the disk.
 TEST_F(Rewriter, KeepsNothingOfTheFirstPassIfASecondIsNeeded) {
   const std::string unclosed = "/a {\n" + std::string(200000, 'x') + "\n";

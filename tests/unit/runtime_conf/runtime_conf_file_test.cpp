@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
-#include <utility>
 #include <vector>
 
 #include "support/call_fault.h"
@@ -24,12 +23,6 @@ class RuntimeConfFile : public test::FreshStore {
 protected:
   int read(const std::string& content) {
     return runtime_conf_read_file(folder.write("oru.conf", content).c_str(), store);
-  }
-  // The value of KEY after a file has been read.
-  std::string value_of(const std::string& content) {
-    runtime_conf_set("KEY", "(unset)", store);
-    EXPECT_EQ(read(content), 0);
-    return found("KEY");
   }
 
   TemporaryDirectory folder;
@@ -61,32 +54,6 @@ TEST_F(RuntimeConfFile, LeavesNoDescriptorOpen) {
   EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST_F(RuntimeConfFile, IgnoresBlankLinesAndComments) {
-  EXPECT_EQ(read("\n   \n\t\n \v\f\r\n# KEY a\n  # comment\n#\n#KEY b\n"), 0);
-  EXPECT_EQ(entries(), Entries{});
-  EXPECT_EQ(take_reports(), Reports{});
-}
-
-TEST_F(RuntimeConfFile, AcceptsLettersAndDigitsAndUnderscoresInAName) {
-  EXPECT_EQ(read("_a 1\n9 2\nZz_09 3\n"), 0);
-  EXPECT_EQ(entries(), (Entries{"9=2", "Zz_09=3", "_a=1"}));
-}
-
-TEST_F(RuntimeConfFile, SkipsALineThatDoesNotStartWithANameAndASpace) {
-  for (const std::string line : {"KEY=/srv\n", "KEY# note\n", "KEY.v\n", "KEY", "KEY\xc3\xa9 v\n", "=KEY v\n", "-\n",
-                                 "\xc3\xa9 v\n", "\"KEY\" v"}) {
-    EXPECT_EQ(value_of(line), "(unset)") << line;
-    EXPECT_EQ(take_reports(), no_space(line));
-  }
-}
-
-TEST_F(RuntimeConfFile, SkipsALineWithoutAValue) {
-  for (const std::string line : {"KEY\n", "KEY  \t\n", "KEY   # nothing\n", "KEY #\n", "KEY "}) {
-    EXPECT_EQ(value_of(line), "(unset)") << line;
-    EXPECT_EQ(take_reports(), no_value(line));
-  }
-}
-
 TEST_F(RuntimeConfFile, ReportsALineFromItsFirstNonBlankCharacter) {
   read("  \t=KEY v # note\n");
   EXPECT_EQ(take_reports(), no_space("=KEY v # note\n"));
@@ -98,31 +65,6 @@ TEST_F(RuntimeConfFile, ContinuesAfterAMalformedLine) {
   EXPECT_EQ(read("A=1\nB 2\n=\nB\nD 4\n"), 0);
   EXPECT_EQ(entries(), (Entries{"B=2", "D=4"}));
   EXPECT_EQ(take_reports().size(), 3U);
-}
-
-TEST_F(RuntimeConfFile, AcceptsAnyWhiteSpaceBeforeAndAfterTheName) {
-  for (const char* line : {"KEY v\n", "\t\v\f\rKEY v\n", "KEY \t \v\f\r v\n", "KEY v"}) {
-    EXPECT_EQ(value_of(line), "v") << line;
-  }
-}
-
-TEST_F(RuntimeConfFile, KeepsEveryOtherCharacterOfAValueUpToAComment) {
-  EXPECT_EQ(value_of("KEY /srv/a  b\tc#d\n"), "/srv/a  b\tc");
-  EXPECT_EQ(value_of("KEY \"a=\\\n"), "\"a=\\");
-  const std::string long_value(100000, 'v');
-  EXPECT_EQ(value_of("KEY " + long_value + "\n"), long_value);
-}
-
-// The newline is part of the white space.
-TEST_F(RuntimeConfFile, CutsOneCharacterOfTrailingWhiteSpaceOnlyIfItsLengthIsOdd) {
-  const std::pair<const char*, const char*> values[] = {
-      {"v\n", "v"},       {"v \n", "v \n"},    {"v  \n", "v  "},     {"value   \n", "value   \n"},
-      {"v\r\n", "v\r\n"}, {"v # note\n", "v"}, {"v ", "v"},          {"v  # note\n", "v  "},
-      {"v \t ", "v \t"},  {"a  b\n", "a  b"},  {"a b \n", "a b \n"},
-  };
-  for (const auto& [text, value] : values) {
-    EXPECT_EQ(value_of(std::string("KEY ") + text), value) << text;
-  }
 }
 
 TEST_F(RuntimeConfFile, ReportsAFileThatCannotBeOpened) {
