@@ -14,7 +14,7 @@ from companions.machine import Machine
 from companions.next_rotation import Deletion
 from companions.program import HOSTS_DIRECTORY
 from companions.text import human, printable, shell_quoted
-from companions.view import SCRATCH, libc, system_call
+from companions.view import libc, system_call
 
 PIECE = 1 << 20
 OVERHEAD = 1 << 13  # For each file and its directories.

@@ -30,8 +30,8 @@ def options_of_docstring(script: str) -> set[str]:
 
 def keys_of_source(text: str) -> set[str]:
     """Returns the keys with their defaults, as "KEY default"."""
-    root = "".join(re.findall(r'^#define PRODUCT_ROOT "(.*)"$', text, re.M))
-    text = text.replace('PRODUCT_ROOT "', f'"{root}').replace("PRODUCT_ROOT}", f'"{root}"}}')
+    root = "".join(re.findall(r'^#define TAVEK_PRODUCT_ROOT "(.*)"$', text, re.M))
+    text = text.replace('TAVEK_PRODUCT_ROOT "', f'"{root}').replace("TAVEK_PRODUCT_ROOT}", f'"{root}"}}')
     return {f"{key} {value}" for key, value in re.findall(r'\{"([^"]+)", "([^"]+)"\}', text) if not key.startswith("_")}
 
 
@@ -62,4 +62,4 @@ def checks(usage: str) -> Iterator[tuple[str, list[str]]]:
             options_of_docstring(command.read_text()) - OF_ALL_COMMANDS)
     yield "man/oru.conf.5: keys and defaults against the program's", compare_sets(
         "key", keys_of_manual((PAGES / "oru.conf.5").read_text()),
-        keys_of_source((TOP / "src/runtime_conf/runtime_conf_keys.cpp").read_text()))
+        keys_of_source("".join((TOP / "src/runtime_conf" / name).read_text() for name in ("product_root.h", "runtime_conf_keys.cpp"))))
