@@ -19,12 +19,12 @@ def options_of_usage(usage: str) -> set[str]:
 def options_of_manual(text: str) -> set[str]:
     section = re.search(r"^\.Sh OPTIONS\n(.*?)(?=^\.Sh |\Z)", text, re.M | re.S)
     items = re.findall(r"^\.It Fl (.*)$", section[1] if section else "", re.M)
-    return {"-" + word for item in items for word in re.split(r" Ns = .*| , | ", item) if word not in ("", "Fl")}
+    return {"-" + word for item in items for word in re.split(r" Ns = .*| Ar .*| , | ", item) if word not in ("", "Fl")}
 
 
 def options_of_docstring(script: str) -> set[str]:
     """Returns the options that are explained in the docstring of a script, one per line."""
-    lines = re.findall(r"^  (-.*?)  ", script.split('"""')[1], re.M)
+    lines = re.findall(r"^  (-.*?)(?:  |$)", script.split('"""')[1], re.M)
     return {word for line in lines for word in re.split(r", | ", line) if word.startswith("-")}
 
 
