@@ -1,0 +1,4 @@
+/var/log/nginx/a.log /var/www/vhosts/system/example.com/logs/error_log {
+	daily
+	missingok
+}
