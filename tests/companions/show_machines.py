@@ -308,8 +308,8 @@ def worker(seeds: Iterable[int]) -> None:
 # ---- outside
 
 # On one machine there are at least so many of these on average, or the properties say little.
-LEAST = {"unchanged": 2.5, "with a comment": 0.5, "refused": 0.3, "plain": 0.8, "given back by run 1": 0.8,
-         "given back by run 2": 0.1, "setting changed lines": 1}
+LEAST = {"unchanged": 1.5, "with a comment": 0.5, "refused": 0.15, "plain": 0.5, "given back by run 1": 0.5,
+         "given back by run 2": 0.05, "setting changed lines": 0.7}
 
 
 def check(program: pathlib.Path, seeds: Iterable[int], report: Report, totals: Counts) -> int:
