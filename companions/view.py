@@ -130,25 +130,42 @@ def enter_private_namespace() -> None:
     mount("none", "/", flags=MS_REC | MS_PRIVATE)
 
 
-def silent_mounts(mounts: list[Mount]) -> list[Mount]:
-    """Returns the mounts that do not answer. Removes these from `mounts`, and those that are hidden by another mount."""
-    answers: list[str] = []
-    while len(answers) < len(mounts):
+def ask(groups: list[list[Mount]]) -> list[str]:
+    """Returns, for each group of mounts, one character for each mount that answers: "+" if it is visible.
+
+    A child for each group asks its mounts in turn. It may never return.
+    """
+    children: dict[int, tuple[int, int]] = {}
+    for number, group in enumerate(groups):
         readable, writable = os.pipe()
         child = os.fork()
         if child == 0:
             try:
-                for each in mounts[len(answers):]:
+                for each in group:
                     os.write(writable, b"+" if each.answers() else b"-")
             finally:
                 os._exit(0)
         os.close(writable)
-        while select.select([readable], [], [], ANSWER_SECONDS)[0] and (said := os.read(readable, 4096)):
-            answers += said.decode()
+        children[readable] = number, child
+    answers = [""] * len(groups)
+    while children and (ready := select.select(list(children), [], [], ANSWER_SECONDS)[0]):
+        for readable in ready:
+            if said := os.read(readable, 4096):
+                answers[children[readable][0]] += said.decode()
+            else:
+                os.close(readable)
+                del children[readable]
+    for readable, (_, child) in children.items():
         os.close(readable)
         os.kill(child, signal.SIGKILL)
-        if len(answers) < len(mounts):
-            answers.append("?")
+    return answers
+
+
+def silent_mounts(mounts: list[Mount]) -> list[Mount]:
+    """Returns the mounts that do not answer. Removes these from `mounts`, and those that are hidden by another mount."""
+    answers = list(ask([mounts])[0])
+    # If one is silent, the others are asked at once: a user can make many that are.
+    answers += [answer or "?" for answer in ask([[each] for each in mounts[len(answers):]])]
     silent = [each for each, answer in zip(mounts, answers) if answer == "?"]
     mounts[:] = [each for each, answer in zip(mounts, answers) if answer == "+"]
     return silent

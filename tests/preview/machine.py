@@ -134,7 +134,7 @@ def add_logs(chance: random.Random) -> None:
             path = f"{chance.choice([folder, folder, folder, '/var/log/old'])}/{log}{end}{chance.choice(['', '.gz', '.gz', '.zz'])}"
             if not os.path.lexists(path):
                 write_unique(path)
-            when = time.time() - 86400 * chance.randrange(10)
+            when = time.time() - 86400 * (chance.randrange(10) + 0.5)  # The rotation is a little later than the preview.
             os.utime(path, (when, when), follow_symlinks=False)
             if chance.random() < 0.1:
                 remove(path)
