@@ -10,6 +10,7 @@ import shutil
 import stat
 import subprocess
 import time
+from collections.abc import Callable
 from typing import Any
 
 HOSTS = "/opt/oru/etc/logrotate.d"
@@ -72,7 +73,8 @@ def disturb(chance: random.Random, unique: bool = False) -> None:
     elif kind == 3:
         if os.path.lexists(target):
             remove(target)
-        makers = [os.mkdir, os.mkfifo, lambda path: os.symlink("/var/link-target", path),
+        makers: list[Callable[[str], None]] = [
+            os.mkdir, os.mkfifo, lambda path: os.symlink("/var/link-target", path),
                   lambda path: os.symlink(chance.choice(NAMES), path)]
         chance.choice(makers)(target)
     else:
@@ -138,7 +140,8 @@ def add_logs(chance: random.Random) -> None:
             os.utime(path, (when, when), follow_symlinks=False)
             if chance.random() < 0.1:
                 remove(path)
-                makers = [os.mkfifo, os.mkdir, lambda path: os.symlink("/etc/passwd", path), lambda path: os.symlink("none", path)]
+                makers: list[Callable[[str], None]] = [
+                    os.mkfifo, os.mkdir, lambda path: os.symlink("/etc/passwd", path), lambda path: os.symlink("none", path)]
                 chance.choice(makers)(path)
 
 
@@ -236,7 +239,7 @@ def likely_arguments(chance: random.Random) -> list[str]:
     if chance.random() < 0.3:
         return [f"--{chance.choice(['apache', 'nginx', 'fail2ban'])}-logs", f"--rot-count={chance.randrange(4)}", "-K"]
     return [chance.choice([NAMES[0], NAMES[4], *NAMES]), "on", "by_time", chance.choice(["daily", "weekly"]), str(chance.randrange(5)),
-            chance.choice(["true", "true", "false"]), *chance.choice([["-K"], ["-K"], []])]
+            chance.choice(["true", "true", "false"]), *(["-K"] if chance.random() < 2 / 3 else [])]
 
 
 # ---- states
