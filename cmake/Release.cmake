@@ -31,7 +31,10 @@ endif()
 # with shared libraries it takes 1.8 ms. The program remains position-independent.
 add_library(tavek_linkage INTERFACE)
 if(TAVEK_STATIC)
-  target_link_options(tavek_linkage INTERFACE -static-pie)
+  # The C library of armhf has no start code for a static program that is position-independent.
+  set(CMAKE_REQUIRED_LINK_OPTIONS -static-pie)
+  check_cxx_source_compiles("int main() {}" TAVEK_STATIC_PIE)
+  target_link_options(tavek_linkage INTERFACE $<IF:$<BOOL:${TAVEK_STATIC_PIE}>,-static-pie,-static>)
 
   # Packed relocations of a position-independent program take a thirtieth of the space of ordinary ones. The linker and
   # the C library must support them. An older linker only warns about the unknown option, so the check makes warnings
