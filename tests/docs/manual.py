@@ -60,6 +60,6 @@ def checks(usage: str) -> Iterator[tuple[str, list[str]]]:
         yield f"man/{command.name}.8: OPTIONS against the usage text", compare_sets(
             "option", options_of_manual((PAGES / f"{command.name}.8").read_text()) - OF_ALL_COMMANDS,
             options_of_docstring(command.read_text()) - OF_ALL_COMMANDS)
+    sources = [TOP / "src/runtime_conf" / name for name in ("product_root.h", "runtime_conf_keys.cpp")]
     yield "man/oru.conf.5: keys and defaults against the program's", compare_sets(
-        "key", keys_of_manual((PAGES / "oru.conf.5").read_text()),
-        keys_of_source("".join((TOP / "src/runtime_conf" / name).read_text() for name in ("product_root.h", "runtime_conf_keys.cpp"))))
+        "key", keys_of_manual((PAGES / "oru.conf.5").read_text()), keys_of_source("".join(path.read_text() for path in sources)))

@@ -132,5 +132,6 @@ def arguments(description: str | None) -> argparse.ArgumentParser:
     """A parser with the option --program, which names the program to be tested. A runner that is ended removes its sandboxes."""
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
     parser = argparse.ArgumentParser(description=description, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--program", type=built, default=str(PROGRAM), metavar="FILE", help="the program, by default that of the release preset")
+    parser.add_argument("--program", type=built, default=str(PROGRAM), metavar="FILE",
+                        help="the program, by default that of the release preset")
     return parser
