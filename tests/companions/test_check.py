@@ -8,7 +8,7 @@ import time
 import unittest
 from unittest import mock
 
-from companions import findings, log_service, log_view, logs, state_file
+from companions import configuration, findings, log_service, log_view, logs, state_file
 from companions.findings import Finding
 
 DAY = 86400
@@ -146,6 +146,21 @@ class Service(Folder):
         self.addCleanup(lambda: subprocess.run(["chattr", "-i", path], check=True))
         self.assertTrue(logs.is_immutable(path))
         self.assertFalse(logs.is_immutable(self.write("other")))
+
+
+    def test_an_immutable_directory_keeps_the_state_file_from_being_replaced(self) -> None:
+        state = self.write("status", "logrotate state -- version 2\n")
+        for fixed in state, self.folder:
+            with mock.patch.object(state_file, "is_immutable", lambda path, fixed=fixed: path == fixed), \
+                    mock.patch.object(state_file, "run_logrotate", lambda _: f"    Default state file path:    {state}\n"):
+                self.assertRegex(state_file.StateFile().problem(False) or "", "^logrotate cannot replace it: .* immutable")
+
+
+class Hosts(unittest.TestCase):
+    def test_only_a_hosts_file_can_belong_to_an_unknown_host(self) -> None:
+        for hosts, path, unknown in (({"a"}, "/opt/oru/etc/logrotate.d/b", True), ({"a"}, "/opt/oru/etc/logrotate.d/a", False),
+                                     (None, "/opt/oru/etc/logrotate.d/b", False), ({"a"}, "/etc/logrotate.d/nginx", False)):
+            self.assertEqual(configuration.is_unknown_host(path, mock.Mock(hosts=hosts)), unknown)
 
 
 class Findings(unittest.TestCase):
