@@ -10,7 +10,8 @@ install(TARGETS tavek-logrotate RUNTIME DESTINATION /opt/oru/admin/sbin)
 install(DIRECTORY DESTINATION /opt/oru/etc/logrotate.d)
 # The command `tavek-logrotate` starts the program by a path with a slash. If the program were started by a bare name,
 # --system-logs would first look for it in the current directory.
-install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-show commands/tavek-logrotate-preview commands/tavek-logrotate-check
+install(PROGRAMS commands/tavek-logrotate commands/tavek-logrotate-show commands/tavek-logrotate-preview
+  commands/tavek-logrotate-check
   DESTINATION "${CMAKE_INSTALL_SBINDIR}")
 install(DIRECTORY companions DESTINATION "${CMAKE_INSTALL_DATADIR}/tavek-logrotate" FILES_MATCHING PATTERN "*.py")
 install(FILES logrotate/hosts.conf logrotate/skip-temporary-files.conf
