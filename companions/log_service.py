@@ -131,7 +131,7 @@ class Reading:
             self.add(self.resolve(match[1]), 0, "error", match[2])
         elif match := re.fullmatch(r"found error in file (.*), skipping", text):
             path = self.paths.get(match[1], self.main)
-            if path not in self.faulty:
+            if not self.faulty:  # It is also skipped if a file that it includes has an error, which is reported.
                 self.add(path, 0, "error", "logrotate skips this file")
         elif not text.startswith("found error in "):
             self.add(next(reversed(self.read), self.main), 0, "error", text)
