@@ -41,6 +41,7 @@ class Change:
         self.path = path
         self.old, self.old_status = old, status_of(old)
         self.new, self.new_status = new, status_of(new)
+        self.old_text = old
 
     def exists(self) -> bool:
         """Returns whether anything is different.
@@ -86,7 +87,7 @@ class Change:
         result = run([DIFF, "--unified", "--text", "--color=" + ("always" if colour else "never"),
                       "--label", printable("a" + self.path) if self.old_status else "/dev/null",
                       "--label", printable("b" + self.path) if self.new_status else "/dev/null",
-                      self.old if os.path.isfile(self.old) else "/dev/null",
+                      self.old_text if os.path.isfile(self.old_text) else "/dev/null",
                       self.new if self.new_status else "/dev/null"], environment={"LC_ALL": "C.UTF-8"})
         if result.status > 1:
             raise Failure(f"{DIFF} ends with status {result.status}: {os.fsdecode(result.error).strip()}")

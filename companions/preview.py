@@ -124,7 +124,7 @@ def print_preview(machine: Machine, options: Options) -> tuple[int, bool]:
 
 def print_json(machine: Machine, options: Options) -> tuple[int, bool]:
     """Prints the preview as one JSON object. Returns the same as print_preview()."""
-    touched = Touched(machine.mounts, machine.is_rotation_file)
+    touched = Touched(machine.mounts, machine.mount_of, machine.is_rotation_file)
     outcomes = [Outcome(each, make_run(machine, each), touched.changes()) for each in options.runs]
     touched.check()
     changes = machine.changes()

@@ -1,6 +1,7 @@
 """Tells what each run changed, without a search through everything that earlier runs changed."""
 
 import os
+import stat
 import struct
 from collections.abc import Callable
 
@@ -22,8 +23,9 @@ STATES = f"{SCRATCH}/states"
 class Touched:
     """Compares each file that a run touches in the upper layers with its state before that run."""
 
-    def __init__(self, mounts: list[Mount], is_rotation_file: Callable[[str], bool]):
+    def __init__(self, mounts: list[Mount], mount_of: Callable[[str], Mount], is_rotation_file: Callable[[str], bool]):
         self.mounts = {each.upper: each for each in mounts if each.covered}
+        self.mount_of = mount_of
         self.is_rotation_file = is_rotation_file
         os.mkdir(STATES)
         self.states = 0
@@ -87,12 +89,22 @@ class Touched:
                 lower = place.real + rest
                 new = path if os.path.lexists(path) else lower
                 change = Change(place.path.rstrip("/") + rest, self.known.get(path, lower), new)
+                change.old_text = self.text_of(change)
                 if change.exists():
                     changes.add(change, not self.is_rotation_file(change.path))
                 # A later run may change the file, and the differences are shown after all runs.
                 self.known[path] = change.new = self.keep(change)
         changes.sort()
         return changes
+
+    def text_of(self, change: Change) -> str:
+        """Returns the file with the old text. A link may lead to a file that an earlier run changed."""
+        if change.old_status is None or not stat.S_ISLNK(change.old_status.st_mode):
+            return change.old
+        target = os.path.realpath(os.path.join(os.path.dirname(change.path), os.readlink(change.old)))
+        place = self.mount_of(target)
+        rest = target[len(place.path.rstrip("/")):]
+        return self.known.get(place.upper + rest, place.real + rest)
 
     def keep(self, change: Change) -> str:
         """Keeps the new state of a file. Returns the path of the state, where nothing is if there is no file."""

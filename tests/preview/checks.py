@@ -94,7 +94,7 @@ def check_pairs(seed: int, pairs: int) -> None:
             changing += check_pair(chance, arguments)
         except AssertionError as error:
             sys.exit(f"FAILED with seed {seed}, pair {number}, {arguments}: {error}")
-    if changing < pairs * CHANGING:
+    if changing < int(pairs * CHANGING):
         sys.exit(f"FAILED with seed {seed}: only {changing} of {pairs} runs changed something")
     print(f"ok: {pairs} runs were as previewed, {changing} of them changed something", flush=True)
 
