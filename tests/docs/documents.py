@@ -7,7 +7,7 @@ from dataclasses import dataclass, field
 
 FENCE = re.compile(r"^(?P<indent> *)```(?P<words>[^`]*)$")
 TITLE = re.compile(r'^(?:#+ (?P<markdown>.*)|\.S[hs] "?(?P<manual>.*?)"?)$')
-KINDS = {("sh",): "script", ("console",): "console", ("console", "fails"): "failing console", ("sh", "checkout"): "checkout"}
+KINDS = {("console",): "console", ("console", "fails"): "failing console", ("sh", "checkout"): "checkout"}
 # A fence that starts with one of these words but is of no known kind is an error: its commands would not be tested.
 SHELLS = {"sh", "bash", "shell", "zsh", "console", "shell-session", "shellsession"}
 CODE = re.compile(r"^ *```.*?^ *```$|`[^`\n]*`", re.M | re.S)
@@ -27,9 +27,6 @@ class Block:
     line: int
     kind: str
     lines: list[str] = field(default_factory=list)
-
-    def text(self) -> str:
-        return "".join(line + "\n" for line in self.lines)
 
     def commands(self) -> list[Command]:
         """Returns the commands of a console with their outputs."""
@@ -104,8 +101,6 @@ class Markdown(Reader):
     def start(self, number: int, line: str) -> None:
         if fence := FENCE.match(line):
             self.begin(number, self.kind(tuple(fence["words"].split()), number), "```", fence["indent"])
-        elif line == "<!-- before":
-            self.begin(number, "before", "-->")
 
     def content(self, line: str) -> str:
         return line.removeprefix(self.indent)
@@ -118,20 +113,12 @@ class Markdown(Reader):
 
 class Manual(Reader):
     def start(self, number: int, line: str) -> None:
-        if line.startswith('.\\"!'):
-            self.hidden(number, line)
-        elif line.startswith(".Bd -literal"):
+        if line.startswith(".Bd -literal"):
             self.begin(number, "console", ".Ed")
 
     def content(self, line: str) -> str:
         """Only these escapes are used in literal displays."""
         return re.sub(r"\\.", lambda match: {r"\-": "-", r"\e": "\\", r"\ ": " ", r"\&": ""}[match[0]], line)
-
-    def hidden(self, number: int, line: str) -> None:
-        blocks = self.sections[-1].blocks
-        if not (blocks and blocks[-1].kind == "before" and blocks[-1].line + len(blocks[-1].lines) == number):
-            blocks.append(Block(self.path, number, "before"))
-        blocks[-1].lines.append(line[4:].strip())
 
 
 def sections_of(path: pathlib.Path, shown: str) -> list[Section]:
