@@ -22,7 +22,7 @@ from companions.state_file import StateFile
 from companions.text import printable, shell_quoted
 from companions.view import SCRATCH
 
-# A file that is younger may belong to a run in progress.
+# A file younger than this may belong to a run in progress.
 LEFTOVER_SECONDS = 60
 MOST_REPAIRS = 20
 NO_CHECK = 2

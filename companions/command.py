@@ -43,7 +43,7 @@ def run(usage: str | None, failure: int, main: Callable[[list[str]], int]) -> No
             print(f"{name}: {escaped(message(error))}", file=sys.stderr)
     with contextlib.suppress(OSError):
         sys.stdout.flush()
-    # If Python exited normally, it would change the status because of output that could not be written.
+    # A normal exit flushes again; a failed flush would change the status.
     os._exit(status)
 
 

@@ -6,7 +6,7 @@ import sys
 
 
 def escaped(text: str, special: str = "") -> str:
-    """Returns the text with octal escapes for unprintable, possibly deceptive characters and for those in `special`."""
+    """Returns the text with octal escapes for unprintable characters and for those in `special`."""
     return "".join(c if c.isprintable() and c not in special else "".join(f"\\{byte:03o}" for byte in os.fsencode(c))
                    for c in text)
 

@@ -27,7 +27,7 @@ Words forwarded_words(const Options& options) {
       words.insert(words.end(), {std::string("--") + name, options.text(name)});
     }
   }
-  // These two have defaults, so every child gets them.
+  // Both options have defaults, so every child gets them.
   words.insert(words.end(), {"--rot-count", std::to_string(options.number("rot-count")), "--anonymize-ip",
                              std::string(to_text(options.switch_value("anonymize-ip")))});
   return words;

@@ -150,8 +150,8 @@ bool RewriteContext::end_of_input() {
 
 // A closed stanza has every directive, so a second pass happens only if no stanza closes. It inserts the missing
 // directives after the stanza heads that it finds. Neither the counters nor the scanner's start condition is reset. So
-// the second pass starts inside a stanza or a script. It finds a head only after a closing brace that the first pass
-// did not read as the end of a stanza, such as a stray brace in the first line of the file.
+// the second pass starts inside a stanza or a script, and finds no head before a closing brace. For example, a stray
+// brace in the first line of the file is text in the first pass, but ends a stanza in the second.
 bool RewriteContext::plan_second_pass() {
   tally_.need_period = tally_.periods == 0;
   tally_.need_rotate = tally_.rotates == 0;

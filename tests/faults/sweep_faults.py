@@ -46,7 +46,7 @@ def errors_of(call):
 
 
 def signals_of(call, number):
-    """KILL, every other named signal and two real-time signals. The number of the call in its run selects these two."""
+    """KILL, every other named signal and two real-time signals. The number of the call in its run selects the real-time signals."""
     real_time = [REAL_TIME_SIGNALS[i % len(REAL_TIME_SIGNALS)] for i in (2 * number, 2 * number + 1)]
     return [Fault(call.name, f"signal={signal_name(one)}", str(call.ordinal), one, False, False)
             for one in [signal.SIGKILL, *NAMED_SIGNALS, *real_time]]

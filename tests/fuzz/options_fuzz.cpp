@@ -103,7 +103,7 @@ void check_category(const Options& options) {
   const SystemLogCategory* selected = selected_category(options);
   std::string expected;
   for (const char* name : {"modsecurity-logs", "fail2ban-logs", "tavek-logs", "nginx-logs", "apache-logs"}) {
-    expected = options.flag(name) ? name : expected; // The order is reversed, so the program's first category wins.
+    expected = options.flag(name) ? name : expected; // Assigned in reverse, so the program's first category wins.
   }
   expect_same("the category", expected, selected != nullptr ? selected->option : "");
 }
