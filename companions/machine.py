@@ -69,7 +69,8 @@ class Machine:
         self.root = self.worker.call(find_root)
         self.targets: set[str] = set()
         self.searched: set[str] = set()
-        self.configuration = tuple(f"{self.worker.call(real_directory, path, False)}/" for path in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY))
+        self.configuration = tuple(f"{self.worker.call(real_directory, path, False)}/"
+                                   for path in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY))
 
     def mount_of(self, path: str) -> Mount:
         """Returns the mount of a path without links."""
@@ -110,7 +111,8 @@ class Machine:
                     if not (entry.is_file(follow_symlinks=False) or entry.is_dir(follow_symlinks=False) or entry.is_symlink()):
                         status = entry.stat(follow_symlinks=False)
                         if covered and stat.S_ISCHR(status.st_mode) and status.st_rdev == 0:
-                            raise Failure(f"{printable(directory + '/' + entry.name)} is the device 0,0, which a view cannot contain")
+                            path = printable(f"{directory}/{entry.name}")
+                            raise Failure(f"{path} is the device 0,0, which a view cannot contain")
         except (FileNotFoundError, NotADirectoryError):
             pass
         self.searched.add(directory)
