@@ -32,7 +32,7 @@ TRUE, CAT = "/bin/true", "/bin/cat"
 # logrotate needs what is here.
 NEEDED = ("/bin/", "/dev/", "/etc/", "/lib/", "/lib64/", "/proc/", "/sbin/", "/sys/", "/usr/")
 # What logrotate starts unless the configuration names other programs. An option could make CAT fail.
-COMPRESSOR, OTHER_PROGRAMS = "/bin/gzip", ("/bin/sh", "/usr/bin/mail", "/bin/gunzip")
+COMPRESSOR, OTHER_PROGRAMS = "/bin/gzip", ("/bin/sh", "/bin/gunzip")
 COMPRESSOR_LINE = re.compile(r"^[ \t]*compresscmd[ \t=]+(\S+)", re.MULTILINE)
 LEFT_OUT_LINE = re.compile(r"^[ \t]*(?:include|compressoptions)[ \t=].*$", re.MULTILINE)
 SCRIPTS = {"prerotate", "postrotate", "firstaction", "lastaction", "preremove"}
@@ -174,7 +174,8 @@ class NextRotation:
 
     def deletions(self) -> list[Deletion]:
         """Rotates, and returns what is no longer there."""
-        run([LOGROTATE, "--force", "--state", "/dev/null", f"{SCRATCH}/main"], SECONDS)
+        # Where the mail program is missing, a rotation keeps one copy more, but only until it is installed.
+        run([LOGROTATE, "--force", "--mail", TRUE, "--state", "/dev/null", f"{SCRATCH}/main"], SECONDS)
         left = {key_of(entry.path) for copy in self.mirrors.values() for entry in os.scandir(copy)}
         return [Deletion(path, size, self.origin(path)) for key, (path, size) in self.copied.items() if key not in left]
 
