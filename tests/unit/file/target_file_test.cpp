@@ -47,8 +47,7 @@ private:
   const bool active_;
 };
 
-constexpr const char* kNoAttributes =
-    "the attributes of files cannot be set here; tests/faults/torture tests them on a separate disk image";
+constexpr const char* kNoAttributes = "the attributes of files cannot be set here";
 
 class TargetFile : public testing::Test {
 protected:
