@@ -2,12 +2,12 @@
 
 import os
 import random
+import shlex
 import subprocess
 import unittest
 
 from companions import batch
 from companions.command import Failure
-from companions.text import shell_quoted
 
 
 def arguments(text: str) -> list[list[str]]:
@@ -22,9 +22,6 @@ class Commands(unittest.TestCase):
         self.assertEqual(batch.parse("tavek-logrotate a\n/opt/oru/admin/sbin/tavek-logrotate b"),
                          [batch.Run(1, ["a"]), batch.Run(2, ["b"])])
 
-    def test_a_number_sign_inside_a_word_is_no_comment(self) -> None:
-        self.assertEqual(arguments("tavek-logrotate a#b"), [["a#b"]])
-
     def test_other_commands_are_refused(self) -> None:
         for text in "rm -r /", "./tavek-logrotate a", "sudo tavek-logrotate a", "A=b tavek-logrotate c", "''":
             with self.assertRaisesRegex(Failure, "^line 2: .* is not tavek-logrotate; nothing was run$"):
@@ -32,31 +29,21 @@ class Commands(unittest.TestCase):
 
     def test_text_with_a_meaning_for_a_shell_is_refused(self) -> None:
         for text in ("a;b", "a&", "a|b", "a>b", "a<b", "(a)", "`a`", "$a", "${a}", "$(a)", '"$a"', '"`a`"', "a*", "?", "[a]", "~", "~a",
-                     "{a,b}", "!a", "a^b", "'a", '"a', "a\\", "a\\\nb", '"a\\\nb"', "\r", "a\r", "\f", "$'\\x41'", "$'\\e'", "$'\\400'",
+                     "{a,b}", "!a", "a^b", "'a", '"a', "a\\", "a\\\nb", '"a\\\nb"', "'a\nb'", "\r", "a\r", "\f", "$'a'", "a#b", "'a'#b",
                      "$\"a\"", "a\0b", "'a\0b'", '"a\0"', "\\\0"):
-            with self.subTest(text=text), self.assertRaisesRegex(Failure, "^line 1: unquoted or unfinished "):
+            with self.subTest(text=text), self.assertRaisesRegex(Failure, "^line 1 is not a command as "):
                 batch.parse("tavek-logrotate " + text + "\ntavek-logrotate b")
-
-    def test_a_quoted_newline_counts_as_a_line(self) -> None:
-        self.assertEqual(batch.parse("tavek-logrotate 'a\nb'\n\ntavek-logrotate c"), [batch.Run(1, ["a\nb"]), batch.Run(4, ["c"])])
 
 
 class Quotes(unittest.TestCase):
     def test_a_shell_reads_the_same_words(self) -> None:
-        texts = ("a'b c'd\"e f\"g", "''", '""', r"\a\ \'\"\\\#", r'"\a\$\`\"\\"', "'\\'", "caf\u00e9", "a=b,c.d/e:f@g%h+i-j_k", "'a\nb'", "\\\u00e9")
-        for text in texts:
+        for text in ("a'b c'd\"e f\"g", "''", '""', "'\\'", "'#'", "'$a'", "caf\u00e9", "a=b,c.d/e:f@g%h+i-j_k"):
             with self.subTest(text=text):
                 shown = subprocess.run(["sh", "-c", f"printf '%s\\0' {text}"], capture_output=True, check=True).stdout
-                self.assertEqual(arguments("tavek-logrotate " + text), [os.fsdecode(shown).split("\0")[:-1]])
-
-    def test_bash_reads_octal_escapes_in_the_same_way(self) -> None:
-        for text in r"$'\303\251'", r"a$'\377\n'".replace(r"\n", r"\012"), r"$'\'\\ $\`'".replace(r"\`", "`"), "$'a b'c":
-            with self.subTest(text=text):
-                shown = subprocess.run(["bash", "-c", f"printf '%s\\0' {text}"], capture_output=True, check=True).stdout
                 self.assertEqual(arguments("tavek-logrotate " + text), [os.fsdecode(shown).split("\0")[:-1]])
 
     def test_what_the_companions_quote_is_read_back(self) -> None:
         chance = random.Random(1)
         for _ in range(2000):
-            words = [os.fsdecode(bytes(chance.choices(b"a'\"\\$`\n\t #\x1b\xc3\xa9\xff=~*", k=chance.randrange(6)))) for _ in range(3)]
-            self.assertEqual(arguments("tavek-logrotate " + " ".join(map(shell_quoted, words))), [words])
+            words = [os.fsdecode(bytes(chance.choices(b"a'\"\\$`\r\t #\x1b\xc3\xa9\xff=~*", k=chance.randrange(6)))) for _ in range(3)]
+            self.assertEqual(arguments("tavek-logrotate " + shlex.join(words)), [words])

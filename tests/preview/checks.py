@@ -5,6 +5,7 @@ import os
 import pathlib
 import random
 import re
+import shlex
 import shutil
 import signal
 import subprocess
@@ -14,10 +15,6 @@ from typing import Any
 
 import machine
 from machine import TREES, State, apply, disturb, install_machine, is_rotation_file, logs_of, random_arguments, state, write
-
-sys.path.insert(0, "/usr/local/share/tavek-logrotate")
-
-from companions.text import shell_quoted  # noqa: E402
 
 TOOL = "/opt/oru/admin/sbin/tavek-logrotate"
 PREVIEW = "/usr/local/sbin/tavek-logrotate-preview"
@@ -135,7 +132,8 @@ def check_machine(chance: random.Random) -> tuple[int, int]:
         disturb(chance, unique=True)
     machine.add_settings(chance)
     runs = [chance.choice([random_arguments, machine.likely_arguments])(chance) for _ in range(chance.randrange(2, 9))]
-    text = "".join(" ".join(map(shell_quoted, ["tavek-logrotate", *arguments])) + "\n" for arguments in runs)
+    runs = [arguments for arguments in runs if "\n" not in "".join(arguments)]  # A line of a batch cannot contain such a name.
+    text = "".join(shlex.join(["tavek-logrotate", *arguments]) + "\n" for arguments in runs)
     shutil.rmtree(BACKUP, ignore_errors=True)
     before = state(TREES, exact=True)
     preview = run(PREVIEW, "--json", "--backup", BACKUP, "--batch", "-", text=text)
