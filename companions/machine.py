@@ -6,7 +6,6 @@ import functools
 import glob
 import os
 import stat
-from collections.abc import Callable
 from typing import NamedTuple
 
 from companions.changes import Change, Changes, files_below
@@ -133,17 +132,6 @@ class Machine:
         changes.sort()
         return changes
 
-    def start_next_rotation(self, files: list[str]) -> Callable[[], tuple[list[Deletion], list[str]]]:
-        """Starts the next rotation of the logs of these rotation files, in processes that last as long as the result.
-
-        The result waits for them. It returns what they delete, and notes about what is not known.
-        """
-        workers = [Worker(self.mounts, self.directory) for _ in range(min(os.cpu_count() or 1, len(files)))]
-        for number, worker in enumerate(workers):
-            worker.start(next_rotation, files, number, len(workers))
-
-        def finish() -> tuple[list[Deletion], list[str]]:
-            results = [worker.receive() for worker in workers]
-            return (sorted(deletion for deletions, _ in results for deletion in deletions),
-                    sorted({note for _, notes in results for note in notes}))
-        return finish
+    def next_rotation(self, files: list[str]) -> tuple[list[Deletion], list[str]]:
+        """Returns what the next rotation of the logs of these rotation files deletes, and notes about what is not known."""
+        return Worker(self.mounts, self.directory).call(next_rotation, files) if files else ([], [])

@@ -97,12 +97,11 @@ def print_preview(machine: Machine, options: Options) -> tuple[int, bool]:
             failures.append((each, result.status))
     changes = machine.changes()
     new = [each.path for each in changes.files if not each.is_removal()]
-    finish_rotation = machine.start_next_rotation(new)
     for file in changes.files:
         print(end=file.text(use_colour()))
     for path, size in changes.copies:
         print(f"delete {printable(path)} ({human(size)})")
-    deletions, notes = finish_rotation()
+    deletions, notes = machine.next_rotation(new)
     for path, size, _ in deletions:
         print(f"at its next rotation, logrotate would delete: {printable(path)} ({human(size)})")
     summary = []
@@ -129,7 +128,7 @@ def print_json(machine: Machine, options: Options) -> tuple[int, bool]:
     touched.check()
     changes = machine.changes()
     new = [each.path for each in changes.files if not each.is_removal()]
-    deletions, notes = machine.start_next_rotation(new)()
+    deletions, notes = machine.next_rotation(new)
     # A file that several runs change is rotated as the last of them leaves it.
     line_of = {file.path: outcome.run.line for outcome in outcomes for file in outcome.changes.files}
     later: dict[int | None, list[tuple[str, int]]] = {outcome.run.line: [] for outcome in outcomes}
