@@ -1,6 +1,9 @@
-"""Huge files: the time must grow linearly with the size."""
+"""Huge files, for which the time must grow linearly with the size, and a folder with very many files."""
 
-from lab import DAILY, TARGET, beside, get, processor_seconds, reset, stanzas, tool
+import os
+import shutil
+
+from lab import DAILY, LOGS, TARGET, beside, expect_new, get, processor_seconds, reset, stanzas, tool
 from rows import row
 
 GROWTH = 4
@@ -89,3 +92,17 @@ def ordinary_stanzas(row):
     row.check(seconds < 10, f"takes {seconds:.1f} s")
     row.figure(f"{len(data) / MEBI:.0f} MiB in {seconds:.2f} s")
     reset(None)
+
+
+@row("two hundred thousand rotated copies")
+def many_copies(row):
+    os.makedirs(LOGS)
+    for number in range(200000):
+        os.close(os.open(f"{LOGS}/error_log.{number}", os.O_CREAT | os.O_WRONLY, 0o644))
+    reset()
+    result, seconds = processor_seconds(lambda: tool(*DAILY))
+    expect_new(row, result, "rewrite")
+    row.check(sorted(os.listdir(LOGS)) == [f"error_log.{number}" for number in range(6)], "wrong copies are left")
+    row.check(seconds < 5, f"takes {seconds:.1f} s")
+    row.figure(f"removed in {seconds:.2f} s of processor time")
+    shutil.rmtree(LOGS)

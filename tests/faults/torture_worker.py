@@ -6,7 +6,7 @@ import sys
 from lab import set_up_process
 from rows import run_rows
 
-for kind in ("limit", "process", "fanout", "crowd", "memory", "time"):
+for kind in ("limit", "process", "fanout", "memory", "time"):
     importlib.import_module(f"{kind}_rows")  # This registers its rows.
 set_up_process()
 run_rows(sys.argv[1:])
