@@ -7,8 +7,7 @@
 #include <unistd.h>
 
 #include "support/call_fault.h"
-#include "unit/log/fresh_log_state.h"
-#include "unit/log/recorded_streams.h"
+#include "unit/log/log_fixture.h"
 
 namespace tavek {
 
@@ -23,9 +22,9 @@ std::string not_found() {
   return "\nSystem error 2: No such file or directory";
 }
 
-class PrintMessage : public test::FreshLogState {};
+class PrintMessage : public test::LogFixture {};
 
-class DieMessage : public test::FreshLogState {
+class DieMessage : public test::LogFixture {
 protected:
   /// The output of die_message() with status 0 and with errno set to `error`.
   static Writes written(int error, const std::string& message) {

@@ -2,18 +2,44 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <string>
+#include <wchar.h>
 
 #include "support/call_fault.h"
-#include "unit/log/strbuf_fixture.h"
 
 namespace tavek {
 
 namespace {
 
-using test::repeated;
+std::string repeated(std::size_t length) {
+  return std::string(length, 'r');
+}
 
-class Strbuf : public test::StrbufFixture {};
+/// A growable string: the pointer and the room that a caller keeps. The destructor frees the string.
+class Strbuf : public testing::Test {
+protected:
+  ~Strbuf() override { free(text); }
+
+  void init() { ASSERT_NE(strbuf_init(&text, &room), nullptr); }
+  void append(const std::string& string) {
+    const char* result = strbuf_append(&text, &room, string.c_str());
+    ASSERT_NE(result, nullptr);
+    EXPECT_EQ(result, text);
+  }
+  // Writes to every byte of the room, so that the address sanitizer reports a block that is too small.
+  void fill_room() { memset(text + strlen(text), 'f', room + 1); }
+
+  void expect(const std::string& expected_text, std::size_t expected_room) {
+    EXPECT_STREQ(text, expected_text.c_str());
+    EXPECT_EQ(room, expected_room);
+  }
+
+  char* text = nullptr;
+  std::size_t room = 0;
+};
 
 TEST_F(Strbuf, StartsEmptyWithRoomFor79Characters) {
   EXPECT_EQ(strbuf_init(&text, &room), text);
@@ -143,6 +169,77 @@ TEST_F(Strbuf, AppendsNothingIfItCannotBeAllocated) {
   EXPECT_EQ(strbuf_append(&text, &room, "text"), nullptr);
   EXPECT_EQ(errno, ENOMEM);
   EXPECT_EQ(text, nullptr);
+}
+
+class StrbufPrintf : public Strbuf {};
+
+TEST_F(StrbufPrintf, FormatsTheNameOfATemporaryFile) {
+  const std::string path = "/" + repeated(99);
+  EXPECT_EQ(strbuf_printf(&text, &room, "%s.XXXXXX", path.c_str()), text);
+  expect(path + ".XXXXXX", 52);
+}
+
+TEST_F(StrbufPrintf, AppendsTheFormattedText) {
+  append("number ");
+  EXPECT_EQ(strbuf_printf(&text, &room, "%d of %s", 5, "seven"), text);
+  expect("number 5 of seven", 79 - 17);
+}
+
+TEST_F(StrbufPrintf, MayAppendNothing) {
+  EXPECT_EQ(strbuf_printf(&text, &room, "%s", ""), text);
+  expect("", 79);
+}
+
+TEST_F(StrbufPrintf, UsesAllOfItsRoomBeforeItGrows) {
+  const CallFault second(Call::allocation, ENOMEM, 2);
+  EXPECT_NE(strbuf_printf(&text, &room, "%s", repeated(79).c_str()), nullptr);
+  expect(repeated(79), 0);
+}
+
+TEST_F(StrbufPrintf, GrowsIfOneCharacterDoesNotFit) {
+  EXPECT_NE(strbuf_printf(&text, &room, "%s", repeated(80).c_str()), nullptr);
+  expect(repeated(80), 79);
+  fill_room();
+}
+
+TEST_F(StrbufPrintf, FormatsTheSameArgumentsAgainAfterGrowing) {
+  append("r");
+  EXPECT_NE(strbuf_printf(&text, &room, "%s%d%s", repeated(300).c_str(), 5, "six"), nullptr);
+  expect("r" + repeated(300) + "5six", 0);
+}
+
+TEST_F(StrbufPrintf, KeepsTextAndRoomIfItCannotGrow) {
+  append("text");
+  const CallFault first(Call::allocation, ENOMEM);
+  errno = 0;
+  EXPECT_EQ(strbuf_printf(&text, &room, "%s", repeated(76).c_str()), nullptr);
+  EXPECT_EQ(errno, ENOMEM);
+  expect("text", 75);
+}
+
+TEST_F(StrbufPrintf, RemainsNullIfItCannotBeAllocated) {
+  const CallFault first(Call::allocation, ENOMEM);
+  errno = 0;
+  EXPECT_EQ(strbuf_printf(&text, &room, "%d", 5), nullptr);
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_EQ(text, nullptr);
+}
+
+// The C locale cannot represent the wide character.
+TEST_F(StrbufPrintf, KeepsTheTextIfTheFormatFails) {
+  append("text");
+  EXPECT_EQ(strbuf_printf(&text, &room, "more %lc", static_cast<wint_t>(0x3b1)), nullptr);
+  expect("text", 75);
+}
+
+// %hhn overwrites the NUL that ends the argument, so the second pass finds a longer text than the first.
+TEST_F(StrbufPrintf, RejectsATextThatGrowsBetweenTheTwoPasses) {
+  std::string argument = repeated(300);
+  argument[100] = '\0';
+  auto* end = reinterpret_cast<signed char*>(&argument[100]);
+  append("text");
+  EXPECT_EQ(strbuf_printf(&text, &room, "%s%hhn", argument.c_str(), end), nullptr);
+  expect("text", 155);
 }
 
 } // namespace
