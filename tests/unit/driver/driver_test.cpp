@@ -111,11 +111,16 @@ TEST_F(Main, SetsTheProgramPathForFatalMessages) {
 
 TEST_F(Main, OpensMissingStandardStreams) {
   const auto run_and_check = [] {
-    close(STDIN_FILENO);
-    close(STDOUT_FILENO);
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      close(fd);
+    }
     run_with_an_unknown_option();
-    const bool open = fcntl(STDIN_FILENO, F_GETFD) != -1 && fcntl(STDOUT_FILENO, F_GETFD) != -1;
-    std::exit(open ? EXIT_SUCCESS : EXIT_FAILURE);
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      if (fcntl(fd, F_GETFD) == -1) {
+        std::_Exit(EXIT_FAILURE);
+      }
+    }
+    std::_Exit(EXIT_SUCCESS);
   };
   EXPECT_EXIT(run_and_check(), testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
