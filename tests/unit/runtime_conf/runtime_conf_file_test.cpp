@@ -89,12 +89,7 @@ TEST_F(RuntimeConfFile, TreatsAFileThatIsNotRegularAsEmpty) {
   EXPECT_EQ(take_reports(), Reports{});
 }
 
-TEST_F(RuntimeConfFile, ReportsADirectory) {
-  EXPECT_EQ(runtime_conf_read_file(folder.path().c_str(), store), -1);
-  EXPECT_EQ(take_reports(), (Reports{{12, "Unable to read configuration file: Is a directory"}}));
-}
-
-TEST_F(RuntimeConfFile, ReportsAReadError) {
+TEST_F(RuntimeConfFile, ReportsADirectoryWhichCannotBeRead) {
   errno = 0;
   EXPECT_EQ(runtime_conf_read_file(folder.path().c_str(), store), -1);
   EXPECT_EQ(errno, EISDIR);
