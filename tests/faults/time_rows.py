@@ -3,7 +3,7 @@
 import os
 import shutil
 
-from lab import DAILY, LOGS, TARGET, beside, expect_new, get, processor_seconds, reset, stanzas, tool
+from lab import DAILY, LOGS, beside, expect_new, processor_seconds, reset, tool
 from rows import row
 
 GROWTH = 4
@@ -13,23 +13,19 @@ MEBI = 1 << 20
 HEAD = b"/var/log/huge {\n"
 CLOSED = b"\tdaily\n\trotate 5\n\tcompress\n\tmissingok\n\tcopytruncate\n}\n"
 
-# Each function returns file contents of about `size` bytes.
+# Each function returns file contents of about `size` bytes. tools/bench has the more ordinary shapes.
 SHAPES = {
-    "one line outside stanzas": lambda size: b"x" * size,
-    "one comment": lambda size: b"#" + b"x" * size,
     "one line in a stanza": lambda size: HEAD + b"x" * size + b"\n" + CLOSED,
     "one line of blanks in a stanza": lambda size: HEAD + b" " * size + b"x\n" + CLOSED,
     "one period line": lambda size: HEAD + b"\tdaily " + b"x" * size + b"\n" + CLOSED,
     "one line in a script": lambda size: HEAD + b"\tpostrotate\n" + b"x" * size + b"\n\tendscript\n" + CLOSED,
     "one command in a script": lambda size: HEAD + b"\tpostrotate\n\t\t/" + b"x" * size + b"\n\tendscript\n" + CLOSED,
     "one head": lambda size: b"/var/log/" + b"x" * size + b" {\n" + CLOSED,
-    "stanzas": lambda size: stanzas(size // 110),
     "short lines outside stanzas": lambda size: b"weekly\n" * (size // 7),
     "short lines in a stanza": lambda size: HEAD + b"\tcreate\n" * (size // 8) + CLOSED,
     "period lines in a stanza": lambda size: HEAD + b"\tweekly\n" * (size // 8) + CLOSED,
     "a stanza that never closes": lambda size: HEAD + b"\tcreate\n" * (size // 8),
     "comments": lambda size: b"# x {\n" * (size // 6),
-    "empty lines": lambda size: b"\n" * size,
     "NUL bytes": lambda size: b"\0" * size,
     "NUL bytes in a stanza": lambda size: HEAD + b"\0" * size + b"\n" + CLOSED,
     "NUL bytes in a period line": lambda size: HEAD + b"\tdaily" + b"\0" * size + b"\n" + CLOSED,
@@ -37,7 +33,6 @@ SHAPES = {
     "period words, each with a NUL": lambda size: HEAD + b"\tdaily\0" * (size // 7) + b"\n" + CLOSED,
     "closing braces": lambda size: b"}" * size,
     "opening braces": lambda size: b"{" * size,
-    "slashes without a brace": lambda size: b"/" * size,
     "slashes with a brace far away": lambda size: b"/" * size + b"\n{x\n",
     "slashes with a head far away": lambda size: b"/" * size + b" {\n" + CLOSED,
     "lines of slashes with a brace far away": lambda size: b"/ /\n" * (size // 4) + b"{x\n",
@@ -73,25 +68,6 @@ def register(name, shape):
 
 for shape_name, shape_of in SHAPES.items():
     register(shape_name, shape_of)
-
-
-@row("64 MiB of short lines")
-def short_lines(row):
-    data = b"abc\n" * (16 * MEBI)
-    seconds = one_run(data)
-    row.check(get(TARGET).startswith(data) and b"#ATTENTION!" in get(TARGET)[len(data):], "the lines have changed")
-    row.check(seconds < 10, f"takes {seconds:.1f} s")
-    row.figure(f"{len(data) // MEBI} MiB in {seconds:.2f} s")
-
-
-@row("64 MiB of ordinary stanzas")
-def ordinary_stanzas(row):
-    data = stanzas(64 * MEBI // 110)
-    seconds = one_run(data)
-    row.check(get(TARGET) == stanzas(64 * MEBI // 110, "daily", 5, "compress"), "the target is not NEW")
-    row.check(seconds < 10, f"takes {seconds:.1f} s")
-    row.figure(f"{len(data) / MEBI:.0f} MiB in {seconds:.2f} s")
-    reset(None)
 
 
 @row("two hundred thousand rotated copies")
