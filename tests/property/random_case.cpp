@@ -4,6 +4,8 @@
 #include <climits>
 #include <cstddef>
 #include <iterator>
+#include <numeric>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -209,6 +211,27 @@ rc::Gen<RewriteCase> cases_from(RewriteCase (*make)(Dice& dice, std::size_t size
 }
 
 } // namespace
+
+std::string RewriteCase::text() const {
+  return std::accumulate(pieces.begin(), pieces.end(), std::string());
+}
+
+std::ostream& operator<<(std::ostream& out, const RewriteCase& rewrite) {
+  const RotationSettings& settings = rewrite.job.settings;
+  rc::show(rewrite.text(), out);
+  out << "\nperiod_type ";
+  rc::show(settings.period_type, out);
+  out << ", period ";
+  rc::show(settings.period, out);
+  out << ", rot_count " << settings.rot_count << ", email ";
+  rc::show(settings.email, out);
+  out << ", compress " << settings.compress << ", anonymize " << settings.anonymize << ", system_mode "
+      << settings.system_mode << ", vhost_name ";
+  rc::show(settings.vhost_name, out);
+  out << ", select_targets " << rewrite.job.select_targets << ", target_logs ";
+  rc::show(rewrite.job.target_logs, out);
+  return out;
+}
 
 rc::Gen<RewriteCase> random_cases() {
   return cases_from(random_case);

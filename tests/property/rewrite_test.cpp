@@ -12,7 +12,6 @@
 #include "plain_rewrite.h"
 #include "production_rewrite.h"
 #include "random_case.h"
-#include "rewrite_case.h"
 
 namespace tavek {
 namespace {
