@@ -8,6 +8,11 @@
 
 namespace tavek::plain_pattern {
 
+/// The words that begin a managed line. Random and exhaustive inputs are made of them.
+constexpr std::string_view kManagedWords[] = {"size",   "daily",     "weekly",    "monthly",
+                                              "rotate", "compress",  "missingok", "copytruncate",
+                                              "mail",   "mailfirst", "maillast",  "postrotate"};
+
 /// Matches the parts of a pattern one after another. There is no match if one of them is missing.
 class Match {
 public:

@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "plain_pattern.h"
+
 namespace tavek {
 namespace {
 
@@ -50,11 +52,10 @@ constexpr std::string_view kFragments[] = {
 };
 
 // First words of a line.
-constexpr std::string_view kWords[] = {
-    "size"sv, "daily"sv, "weekly"sv, "monthly"sv, "yearly"sv, "minsize"sv, "Daily"sv, "dai\0ly"sv, "rotate"sv,
-    "rotate"sv, "compress"sv, "nocompress"sv, "delaycompress"sv, "compresscmd"sv, "missingok"sv, "nomissingok"sv,
-    "copytruncate"sv, "copytruncate"sv, "nocopytruncate"sv, "mail"sv, "mail"sv, "nomail"sv, "mailfirst"sv, "maillast"sv,
-    "postrotate"sv, "prerotate"sv, "endscript"sv, "endscript"sv, "/x/anonymize_ip"sv, "/x/anonymize_ip"sv,
+// Words that resemble managed ones, the ends of scripts, and the anonymizer.
+constexpr std::string_view kOtherWords[] = {
+    "yearly"sv, "minsize"sv, "Daily"sv, "dai\0ly"sv, "nocompress"sv, "delaycompress"sv, "compresscmd"sv, "nomissingok"sv,
+    "nocopytruncate"sv, "nomail"sv, "prerotate"sv, "endscript"sv, "endscript"sv, "/x/anonymize_ip"sv, "/x/anonymize_ip"sv,
     "/a/b//anonymize_ip"sv, "//anonymize_ip"sv, "/anonymize_ip"sv, "/a/anonymize_ip/anonymize_ip"sv,
     "/usr/bin/env /x/anonymize_ip"sv, "/x\0/anonymize_ip"sv, "/x/anonymize_ips"sv, "/{}/anonymize_ip"sv, "#"sv, ""sv,
 };
@@ -69,9 +70,13 @@ constexpr std::string_view kTails[] = {
 
 constexpr char kRunBytes[] = {' ', '\t', '\n', '\0', '/', '{', '}', '#', 'a', '\r', '\xff'};
 
+std::string_view any_word(Dice& dice) {
+  return dice.coin() ? dice.of(plain_pattern::kManagedWords) : dice.of(kOtherWords);
+}
+
 std::string any_line(Dice& dice) {
   std::string line(dice.of(kIndents));
-  return line.append(dice.of(kWords)).append(dice.of(kTails));
+  return line.append(any_word(dice)).append(dice.of(kTails));
 }
 
 std::string any_piece(Dice& dice) {
@@ -96,7 +101,7 @@ std::vector<std::string> any_pieces(Dice& dice, std::size_t most) {
 // The start of a line, one part repeated many times, and the end of a line.
 std::string long_piece(Dice& dice, std::size_t length) {
   std::string piece(dice.of(kIndents));
-  piece.append(dice.of(kWords));
+  piece.append(any_word(dice));
   const std::string part = dice.coin() ? std::string(1, dice.of(kRunBytes)) : any_piece(dice);
   while (!part.empty() && piece.size() < length) {
     piece.append(part);

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "plain_pattern.h"
 #include "plain_rewrite.h"
 #include "production_rewrite.h"
 #include "random_case.h"
@@ -84,8 +85,7 @@ std::vector<Alphabet> alphabets() {
   };
   // clang-format on
   // Each managed word with the bytes that may precede and follow it on its line.
-  for (const auto* word : {"size", "daily", "weekly", "monthly", "rotate", "compress", "missingok", "copytruncate",
-                           "mail", "mailfirst", "maillast", "postrotate"}) {
+  for (const auto word : plain_pattern::kManagedWords) {
     all.push_back({"/x {\n", {word, "no", " ", "\t", "\n", "\r", "\0"sv, "}", "x"}});
   }
   return all;
