@@ -65,13 +65,17 @@ def open_standard_streams() -> None:
     sys.stderr = sys.stderr or open(2, "w", closefd=False)
 
 
-def private_directory(parent: str | None = None) -> tempfile.TemporaryDirectory[str]:
-    """Returns a new directory that only this user can enter, in `parent` or in memory if possible, for a `with` statement.
+def memory() -> str:
+    """Returns a directory for temporary files, in memory if possible."""
+    return "/dev/shm" if os.access("/dev/shm", os.W_OK | os.X_OK) else tempfile.gettempdir()
+
+
+def private_directory() -> tempfile.TemporaryDirectory[str]:
+    """Returns a new directory that only this user can enter, for a `with` statement.
 
     From now on the signals that end the process first remove the directory. Only SIGKILL leaves it behind.
     """
     for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
         if signal.getsignal(number) == signal.SIG_DFL:
             signal.signal(number, lambda number, _: sys.exit(128 + number))
-    memory = "/dev/shm" if os.access("/dev/shm", os.W_OK | os.X_OK) else None
-    return tempfile.TemporaryDirectory(prefix="tavek-logrotate.", dir=parent or memory)
+    return tempfile.TemporaryDirectory(prefix="tavek-logrotate.", dir=memory())

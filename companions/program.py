@@ -1,9 +1,10 @@
 """What the companions know of the program: its places and names. tests/companions compares them with the program."""
 
+import errno
 import os
 import subprocess
 
-from companions.command import Failure, private_directory
+from companions.command import Failure, memory
 
 PROGRAM = "/opt/oru/admin/sbin/tavek-logrotate"
 ANONYMIZER = "/opt/oru/admin/sbin/anonymize_ip"
@@ -72,18 +73,26 @@ def without_temporary_suffix(path: str) -> str | None:
     return name if dot == "." and suffix.isascii() and suffix.isalnum() else None
 
 
+# The shell removes its directory even if the process that started it is killed.
+NEW_FILE = """trap '' HUP INT PIPE TERM
+directory=$(mktemp -d "$1/tavek-logrotate.XXXXXX") || exit
+program=$2
+shift 2
+"$program" "$directory/host" "$@" >&2 && cat "$directory/host"
+status=$?
+rm -r "$directory"
+exit $status"""
+
+
 def run_on_new_file(*words: str, parent: str | None = None) -> str:
     """Returns the file that a run with the words generates for a host with the name "host", in a directory below `parent`."""
-    with private_directory(parent) as directory:
-        path = directory + "/host"
-        try:
-            result = subprocess.run([PROGRAM, path, *words], stdin=subprocess.DEVNULL, capture_output=True, check=False)
-        except OSError as error:
-            raise Failure(f"cannot start {PROGRAM}: {error.strerror}") from error
-        if result.returncode != 0:
-            raise Failure(os.fsdecode(result.stderr).strip())
-        with open(path, "rb") as file:
-            return os.fsdecode(file.read())
+    if not os.access(PROGRAM, os.X_OK):
+        raise Failure(f"cannot start {PROGRAM}: {os.strerror(errno.EACCES if os.path.exists(PROGRAM) else errno.ENOENT)}")
+    result = subprocess.run(["/bin/sh", "-c", NEW_FILE, "sh", parent or memory(), PROGRAM, *words],
+                            stdin=subprocess.DEVNULL, capture_output=True, check=False)
+    if result.returncode != 0:
+        raise Failure(os.fsdecode(result.stderr).strip())
+    return os.fsdecode(result.stdout)
 
 
 def vhosts_root(generated: str | None = None) -> str:
