@@ -2,6 +2,7 @@
 
 import argparse
 import collections
+import contextlib
 import os
 import re
 import stat
@@ -16,10 +17,11 @@ from companions.configuration import Configuration, Panel, is_managed, is_unknow
 from companions.findings import KINDS, UNKNOWN, Finding, is_host_file
 from companions.host_files import FOREIGN, HOST_LOG, repair, stanza_problems
 from companions.log_service import LOGROTATE, LOGROTATE_SECONDS, Reading, logs_key
-from companions.logs import LARGEST_DIRECTORY, Directories, Logs, is_pattern
-from companions.program import ANONYMIZER, HOSTS_CONFIGURATION, HOSTS_DIRECTORY, PANEL_FILE, PROGRAM, SYSTEM_DIRECTORY
+from companions.logs import DAY, LARGEST_DIRECTORY, Directories, Logs, is_immutable, is_pattern
+from companions.program import ANONYMIZER, HOSTS_CONFIGURATION, HOSTS_DIRECTORY, PANEL_FILE, PROGRAM, SYSTEM_DIRECTORY, target_of
+from companions.rotation_file import LARGEST
 from companions.state_file import StateFile
-from companions.text import printable, shell_quoted
+from companions.text import escaped, printable, shell_quoted
 from companions.view import SCRATCH
 
 # A file younger than this may belong to a run in progress.
@@ -45,16 +47,16 @@ class Check:
         self.configuration = Configuration(main, self.panel)
         self.directories = Directories()
         self.state = StateFile()
-        self.guarded = ["/opt/oru", "/opt/oru/etc", HOSTS_DIRECTORY, os.path.dirname(PROGRAM), PROGRAM, ANONYMIZER,
-                        SYSTEM_DIRECTORY, self.panel.root, self.panel.directory]
+        self.guarded = ["/etc/oru", "/etc/oru/oru.conf", "/opt/oru", "/opt/oru/etc", HOSTS_DIRECTORY, "/opt/oru/admin",
+                        os.path.dirname(PROGRAM), PROGRAM, ANONYMIZER, SYSTEM_DIRECTORY, self.panel.root, self.panel.directory]
         self.check_permissions()
         self.check_stanzas()
         self.check_leftovers()
         logs = self.look_at_logs()
-        # On a new machine other packages have old logs from the image of the system.
-        if problem := self.state.problem(any(each.are_old() for (path, *_), each in logs.items() if is_managed(path))):
+        files = map(self.configuration.files.__getitem__, self.configuration.host_files())
+        if problem := self.state.problem(any(time.time() - status.st_mtime > 2 * DAY for status in files)):
             self.add(self.state.path, 0, "state", problem)
-        self.view = None if refusal else self.build_view()
+        self.view = None if refusal else log_view.LogView(self.panel.root, self.configuration, self.directories)
         reading = self.read_everything()
         self.check_messages(reading)
         self.check_hosts(reading)
@@ -74,8 +76,10 @@ class Check:
                          f"mode {stat.S_IMODE(status.st_mode):04o}, owner {status.st_uid}:{status.st_gid}")
 
     def check_stanzas(self) -> None:
+        for path in self.configuration.too_large:
+            self.add(path, 0, "unchecked", f"larger than {LARGEST >> 20} MiB, so its stanzas are not examined")
         rotations = self.configuration.rotation
-        others = [pattern for rotation in rotations.values() for stanza in rotation.stanzas for pattern in stanza.logs()
+        others = [pattern for stanzas in self.configuration.stanzas.values() for logs, _ in stanzas for pattern in logs
                   if is_pattern(os.path.dirname(pattern))]
         for path in self.configuration.host_files() & rotations.keys():
             # An empty file may be the start of a run. logrotate reports it.
@@ -88,19 +92,14 @@ class Check:
             if time.time() - self.configuration.files[path].st_mtime >= LEFTOVER_SECONDS:
                 self.add(path, 0, "leftover", f"temporary file of a killed run; look at it, then: rm {shell_quoted(path)}")
 
-    def look_at_logs(self) -> dict[tuple[str, int, str, str], Logs]:
-        """Returns the logs of each pattern, by the file and line of the stanza, the stanza's logs and the pattern."""
-        return {(path, stanza.number, logs_key(" ".join(stanza.logs())), pattern): Logs(pattern, self.directories)
-                for path, rotation in self.configuration.rotation.items() for stanza in rotation.stanzas
-                for pattern in stanza.logs()}
+    def look_at_logs(self) -> list[tuple[str, int, str, Logs]]:
+        """Returns the logs of each pattern and directory, after the file and line of the stanza, and the stanza's logs."""
+        return [(path, number, logs_key(" ".join(logs)), Logs(folder, os.path.basename(pattern), self.directories))
+                for path, stanzas in self.configuration.stanzas.items() for logs, number in stanzas
+                for pattern in logs for folder in self.directories.folders(pattern)]
 
-    def build_view(self) -> log_view.LogView:
-        view = log_view.LogView()
-        for path, rotation in self.configuration.rotation.items():
-            view.add(rotation, self.configuration.texts[path], self.directories)
-        files = (os.path.realpath(path) for path in self.configuration.rotation)
-        view.finish(self.panel.root, {LOGROTATE, os.devnull, HOSTS_DIRECTORY, *files})
-        return view
+    def read_with(self, more: list[str]) -> Reading:
+        return Reading(self.configuration, self.main, more, self.view.shown() if self.view else contextlib.nullcontext())
 
     def read_everything(self) -> Reading:
         """Lets logrotate read the files that it reads every night, and the other files that the tool manages."""
@@ -112,7 +111,7 @@ class Check:
                 with open(f"{self.scratch}/names/{host}", "w", encoding="ascii") as file:
                     file.write("#\n")
                 more = [f"{self.scratch}/names"]
-        reading = Reading(self.configuration, self.main, more, self.view.show if self.view else None)
+        reading = self.read_with(more)
         # The panel's file may include the hosts' directory.
         for path in (PANEL_FILE, HOSTS_DIRECTORY, SYSTEM_DIRECTORY) if reading.answered else ():
             if (path == HOSTS_DIRECTORY or os.path.lexists(path)) and os.path.realpath(path) not in reading.included:
@@ -121,7 +120,7 @@ class Check:
                     advice = f"run: cp {HOSTS_CONFIGURATION} {SYSTEM_DIRECTORY}/zz-tavek-logrotate"
                 self.add(path, 0, "not-included", f"not included; {advice}")
                 more.insert(0, path)
-                reading = Reading(self.configuration, self.main, more, self.view.show if self.view else None)
+                reading = self.read_with(more)
         if not reading.answered:
             self.add(LOGROTATE, 0, "unchecked", f"{LOGROTATE} --debug does not end within {LOGROTATE_SECONDS} s, "
                      "so nothing that it would report is here")
@@ -204,22 +203,27 @@ class Check:
                 self.add(again.file, again.line, "duplicate", f"includes {printable(again.target)} again, "
                          f"after {printable(first.file)}:{first.line}")
 
-    def check_logs(self, reading: Reading, all_logs: dict[tuple[str, int, str, str], Logs]) -> None:
+    def check_logs(self, reading: Reading, all_logs: list[tuple[str, int, str, Logs]]) -> None:
         works = not any(finding.kind == "state" for finding in self.findings)
         seen: set[str] = set()
-        for (path, line, key, pattern), logs in all_logs.items():
-            folder = os.path.dirname(pattern)
-            if folder not in seen and self.directories.names.get(folder, []) is None:
-                self.add(path, line, "unchecked", f"more than {LARGEST_DIRECTORY} files in {printable(folder)}, "
-                         "so its logs are not examined and their rotation takes long")
-            if folder not in seen and os.path.lexists(folder) and not os.path.isdir(folder):
-                self.add(path, line, "log", f"not a directory: {printable(folder)}")
-            seen.add(folder)
+        for path, line, key, logs in all_logs:
+            if logs.folder not in seen:
+                seen.add(logs.folder)
+                self.check_folder(path, line, logs.folder)
             for obstacle in logs.obstacles() if is_managed(path) else ():
                 self.add(path, line, "log", obstacle)
-            if works and key in reading.schedules and (late := logs.overdue(reading.schedules[key], self.state.dates)):
-                day = time.strftime("%Y-%m-%d", time.localtime(max(last for last, _ in late)))
+            if works and key in reading.schedules and (late := logs.overdue(reading.schedules[key])):
+                day = time.strftime("%Y-%m-%d", time.localtime(max(begin for begin, _ in late)))
                 self.add(path, line, "overdue", f"not rotated since {day}: {report.listed([name for _, name in late])}")
+
+    def check_folder(self, path: str, line: int, folder: str) -> None:
+        if self.directories.names.get(folder, []) is None:
+            self.add(path, line, "unchecked", f"more than {LARGEST_DIRECTORY} files in {printable(folder)}, "
+                     "so its logs are not examined and their rotation takes long")
+        if os.path.lexists(folder) and not os.path.isdir(folder):
+            self.add(path, line, "log", f"not a directory: {printable(folder)}")
+        elif is_immutable(folder):
+            self.add(path, line, "log", f"immutable or append-only, see chattr(1): {printable(folder)}")
 
 
 class Arguments(argparse.ArgumentParser):
@@ -255,7 +259,7 @@ def findings_of(arguments: argparse.Namespace) -> tuple[list[Finding], float | N
     main_file = os.path.abspath(arguments.config)
     check = Check(main_file)
     for host in arguments.hosts:
-        path = f"{HOSTS_DIRECTORY}/{host}"
+        path = target_of(host)
         if host not in (check.panel.hosts or ()) and path not in check.configuration.files:
             check.add(path, 0, "missing", "no such host: it has neither a file nor a directory")
     machine = {main_file, LOGROTATE, check.state.path, *check.guarded}
@@ -272,6 +276,6 @@ def main(words: list[str]) -> int:
     try:
         level, line = report.as_plugin(*findings_of(parse(words)))
     except Exception as error:  # pylint: disable=broad-exception-caught
-        level, line = UNKNOWN, f"LOGROTATE UNKNOWN - {message(error)}"
+        level, line = UNKNOWN, f"LOGROTATE UNKNOWN - {report.without_bars(escaped(message(error)))}"
     print(line)
     return level

@@ -42,6 +42,8 @@ class Configuration:
         self.temporary = {path for path in self.files if self.is_temporary(path)}
         self.texts: dict[str, str] = {}
         self.rotation: dict[str, rotation_file.RotationFile] = {}
+        self.stanzas: dict[str, list[tuple[list[str], int]]] = {}
+        self.too_large: list[str] = []
         self.includes: list[Include] = []
         self.seen: set[str] = set()
         for path in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY, PANEL_FILE, main):
@@ -59,8 +61,11 @@ class Configuration:
                     self.read(each)
             return
         with contextlib.suppress(OSError, Failure):
+            if os.path.isfile(path) and os.path.getsize(path) > rotation_file.LARGEST:
+                self.too_large.append(path)
             text = rotation_file.read(path)
             self.texts[path] = text
+            self.stanzas[path] = rotation_file.stanzas_for_logrotate(text)
             self.rotation[path] = rotation_file.parse(text)
             for number, line in enumerate(text.split("\n"), 1) if "include" in text else ():
                 if match := INCLUDE.fullmatch(line):
@@ -88,7 +93,7 @@ def is_managed(path: str) -> bool:
 def files_in(directory: str) -> dict[str, os.stat_result]:
     """Returns the paths in a directory with the status of each. A missing directory has none."""
     files = {}
-    with contextlib.suppress(FileNotFoundError, NotADirectoryError), os.scandir(directory) as entries:
+    with contextlib.suppress(OSError), os.scandir(directory) as entries:
         for entry in entries:
             # A run in progress may remove its temporary file in the meantime.
             with contextlib.suppress(FileNotFoundError):

@@ -59,14 +59,19 @@ def as_json(findings: list[Finding]) -> str:
                                      "text": valid(finding.text)} for finding in findings]})
 
 
+def without_bars(text: str) -> str:
+    """Returns the text without the character that begins the performance data."""
+    return text.replace("|", "\\174")
+
+
 def as_plugin(findings: list[Finding], age: float | None) -> tuple[int, str]:
-    """Returns the status and the line of a monitoring plugin. A bar in a name would begin the performance data."""
+    """Returns the status and the line of a monitoring plugin."""
     level = max((KINDS[finding.kind] for finding in findings), default=OK)
     said = "nothing to report"
     if findings:
         kinds = collections.Counter(finding.kind for finding in findings)
         worst = next(finding for finding in findings if KINDS[finding.kind] == level)
-        said = ", ".join(f"{kinds[kind]} {kind}" for kind in sorted(kinds)) + "; " + as_text(worst).replace("|", "\\174")
+        said = ", ".join(f"{kinds[kind]} {kind}" for kind in sorted(kinds)) + "; " + without_bars(as_text(worst))
     critical = sum(KINDS[finding.kind] == CRITICAL for finding in findings)
     data = f"critical={critical};;0;0 warning={len(findings) - critical};0;;0"
     return level, f"LOGROTATE {LEVELS[level]} - {said} | {data}" + (f" state_age={age:.0f}s;;172800;0" if age is not None else "")

@@ -15,8 +15,6 @@ from companions.view import SCRATCH
 
 FOREIGN = "names logs of another host: "
 HOST_LOG = re.compile(r"(/.*)/system/([^/*?[]+)/logs/[^/]*")
-# Scripts for sed. The finding proposes the first that removes an error from line {0}.
-REPAIRS = ("{0}s/}}.*/}}/", "{0}s/{{.*/{{/", "{0}d")
 
 
 def stanza_problems(path: str, root: str, text: str, rotation: RotationFile, others: list[str]) -> Iterator[tuple[int, str]]:
@@ -25,7 +23,7 @@ def stanza_problems(path: str, root: str, text: str, rotation: RotationFile, oth
     heads = [number for number in rotation.other_heads if "/" in text.split("\n")[number - 1].partition("{")[0]]
     if heads:
         lost = "" if rotation.stanzas else " and the next run appends four stanzas"
-        script = ";".join(f"{number}s/{{.*/{{/" for number in heads)
+        script = ";".join(f"{number}s/{{/{{\\n/" for number in heads)
         yield heads[0], (f"text follows the brace, so the program does not recognize this stanza{lost}"
                          f"; look at it, then: sed -i {shell_quoted(script)} {shell_quoted(path)}")
         return
@@ -52,7 +50,7 @@ def stanza_problems(path: str, root: str, text: str, rotation: RotationFile, oth
 def repair(path: str, number: int, text: str, view: LogView) -> str:
     """Returns what to do about an error in a line, as text after the error. Empty if another run repairs the line.
 
-    The program and logrotate judge copies of the file.
+    The program and logrotate judge copies of the file. No repair touches a brace or the head of a stanza.
     """
     copy = SCRATCH + "/repaired"
 
@@ -60,12 +58,16 @@ def repair(path: str, number: int, text: str, view: LogView) -> str:
         with open(copy, "w", errors="surrogateescape", newline="") as file:
             file.write(text)
         subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, check=False)
-        said = run_logrotate(["--debug", "--state", os.devnull, copy], view.show) or "error: "
+        with view.shown():
+            said = run_logrotate(["--debug", "--state", os.devnull, copy]) or "error: "
         return len(re.findall(r"^error: |^warning: .* unknown option ", said, re.MULTILINE))
     errors = errors_after("true")
-    if errors_after(PROGRAM, copy, "on", "by_time", "daily", "5", "true", "-K") >= errors:
-        for script in (each.format(number) for each in REPAIRS):
-            if errors_after("sed", "-i", script, copy) < errors:
-                command = f"sed -i {shell_quoted(script)} {shell_quoted(path)}"
-                return f"; another run does not repair this line; look at it, then: {command}"
-    return ""
+    if errors_after(PROGRAM, copy, "on", "by_time", "daily", "5", "true", "-K") < errors:
+        return ""
+    line = "".join(text.split("\n")[number - 1:number])
+    script = f"{number}s/}}.*/}}/" if re.fullmatch(r"[ \t]*}[^/{}]+", line) else f"{number}d"
+    is_safe = script[-1] == "/" or re.fullmatch(r"[ \t]*[^ \t\"'/{}][^{}]*", line)
+    command = ""
+    if is_safe and errors_after("sed", "-i", script, copy) < errors:
+        command = f"; look at it, then: sed -i {shell_quoted(script)} {shell_quoted(path)}"
+    return "; another run does not repair this line" + command

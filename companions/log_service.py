@@ -4,8 +4,7 @@ import contextlib
 import os
 import re
 import stat
-import subprocess
-from collections.abc import Callable
+from contextlib import AbstractContextManager
 
 from companions.command import Failure
 from companions.configuration import Configuration
@@ -13,6 +12,7 @@ from companions.findings import Finding
 from companions.logs import DAY, Schedule
 from companions.program import HOSTS_DIRECTORY, SYSTEM_DIRECTORY
 from companions.text import printable
+from companions.worker import run
 
 LOGROTATE = "/usr/sbin/logrotate"
 LOGROTATE_SECONDS = 60
@@ -22,20 +22,19 @@ PERIODS = {"hourly": DAY / 24, "weekly": 7 * DAY, "monthly": 31 * DAY, "yearly":
 SCHEDULE = re.compile(r"(.*?)\s+(?:(hourly|weekly|monthly|yearly)|after (\d+) days|(\d+) bytes) (.*?)"
                       r"(?:No logs found|considering log|$)", re.DOTALL)
 MINIMUM = re.compile(r"only log files >= (\d+) bytes")
+OLD_DIRECTORY = re.compile(r"olddir is (.*?), ")
 INSECURE = re.compile(r'skipping "(.*)/[^/]*" because (parent directory has insecure permissions) .*')
 
 
-def run_logrotate(arguments: list[str], show_view: Callable[[], None] | None = None) -> str | None:
+def run_logrotate(arguments: list[str]) -> str | None:
     """Returns what logrotate prints, or None if it does not end in time."""
     try:
-        result = subprocess.run([LOGROTATE, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                stderr=subprocess.STDOUT, cwd="/", timeout=LOGROTATE_SECONDS, preexec_fn=show_view,
-                                check=False)
+        result = run([LOGROTATE, *arguments], LOGROTATE_SECONDS)
+    except TimeoutError:
+        return None
     except OSError as error:
         raise Failure(f"cannot start {LOGROTATE}: {error.strerror}") from error
-    except subprocess.SubprocessError:
-        return None
-    return os.fsdecode(result.stdout)
+    return os.fsdecode(result.output + result.error)
 
 
 def logs_key(text: str) -> str:
@@ -49,7 +48,7 @@ class Reading:
     A message contains either a path or the name of a file in the directory that logrotate included last.
     """
 
-    def __init__(self, configuration: Configuration, main: str, more: list[str], show_view: Callable[[], None] | None):
+    def __init__(self, configuration: Configuration, main: str, more: list[str], view: AbstractContextManager[None]):
         self.main = main
         self.included: set[str] = set()
         self.directories = list(more)
@@ -60,9 +59,10 @@ class Reading:
         self.paths: dict[str, str] = {}
         self.mentioned: set[str] = set()
         self.schedules: dict[str, Schedule] = {}
-        self.stanzas = {logs_key(" ".join(stanza.logs())): (path, stanza.number)
-                        for path, rotation in configuration.rotation.items() for stanza in reversed(rotation.stanzas)}
-        said = self.ask([main, *more], configuration.files, show_view)
+        self.stanzas = {logs_key(" ".join(logs)): (path, number)
+                        for path, stanzas in configuration.stanzas.items() for logs, number in reversed(stanzas)}
+        with view:
+            said = self.ask([main, *more], configuration.files)
         self.answered = said is not None
         said, _, about_logs = (said or "").partition("\nReading state from file: /")
         for line in said.split("\n"):
@@ -71,14 +71,14 @@ class Reading:
             self.take_stanza(text)
 
     @staticmethod
-    def ask(arguments: list[str], files: dict[str, os.stat_result], show_view: Callable[[], None] | None) -> str | None:
+    def ask(arguments: list[str], files: dict[str, os.stat_result]) -> str | None:
         """Returns the messages of logrotate. In the names of the files each newline is replaced with NUL."""
         with contextlib.ExitStack() as pipes:
             for path, status in files.items():
                 # logrotate waits for a FIFO forever unless another process has opened the FIFO for writing.
                 if stat.S_ISFIFO(status.st_mode):
                     pipes.callback(os.close, os.open(path, os.O_RDWR | os.O_NONBLOCK | os.O_NOFOLLOW))
-            said = run_logrotate(["--debug", "--state", os.devnull, *arguments], show_view)
+            said = run_logrotate(["--debug", "--state", os.devnull, *arguments])
         for name in (os.path.basename(path) for path in files if "\n" in path):
             said = said and said.replace(name, name.replace("\n", "\0"))
         return said
@@ -110,10 +110,11 @@ class Reading:
             return
         key = logs_key(match[1])
         path, line = self.stanzas.get(key, (self.main, 0))
-        size, minimum = int(match[4] or 0), MINIMUM.search(match[5])
+        size, minimum, olddir = int(match[4] or 0), MINIMUM.search(match[5]), OLD_DIRECTORY.search(match[5])
+        always = "empty log files are rotated" in match[5] and "no old logs" not in match[5]
         self.schedules[key] = Schedule(PERIODS[match[2]] if match[2] else int(match[3] or 1) * DAY, size,
-                                       int(minimum[1]) if minimum else 0,
-                                       "olddir" not in match[5], "older than" in match[5])
+                                       int(minimum[1]) if minimum else 0, "older than" in match[5],
+                                       olddir[1] if olddir else None, always and not size and not minimum)
         for error in re.findall("^error: (.*)", text, re.MULTILINE):
             if insecure := INSECURE.fullmatch(error):
                 self.add(path, 0, "log", f"logrotate skips the logs in {printable(insecure[1])} because the {insecure[2]}")

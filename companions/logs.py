@@ -40,8 +40,9 @@ class Schedule(NamedTuple):
     period: float
     size: int
     minimum: int
-    has_copies: bool  # beside the logs
     has_age: bool  # that a log must reach first
+    olddir: str | None
+    always: bool  # makes a copy in each period, even of an empty log
 
 
 class Directories:
@@ -49,6 +50,7 @@ class Directories:
 
     def __init__(self) -> None:
         self.names: dict[str, list[str] | None] = {}
+        self.statuses: dict[str, os.stat_result | None] = {}
 
     def read(self, folder: str) -> list[str] | None:
         if folder not in self.names:
@@ -58,29 +60,37 @@ class Directories:
             self.names[folder] = names if len(names) <= LARGEST_DIRECTORY else None
         return self.names[folder]
 
+    def folders(self, pattern: str) -> list[str]:
+        """Returns the directories of the paths that match."""
+        folder = os.path.dirname(pattern)
+        return self.matching(folder) if is_pattern(folder) else [folder]
+
     def matching(self, pattern: str) -> list[str]:
         """Returns the paths that match, like glob(3)."""
-        if not is_pattern(pattern):
-            return [pattern] if os.path.lexists(pattern) else []
-        folder, base = os.path.split(pattern)
-        paths = []
-        for each in self.matching(folder) if is_pattern(folder) else [folder]:
-            if is_pattern(base):
-                paths += [f"{each}/{name}" for name in self.read(each) or [] if fnmatch.fnmatchcase(name, base) and
-                          (name[0] != "." or base[0] == ".")]
-            else:
-                paths += self.matching(f"{each}/{base}")
-        return paths
+        base = os.path.basename(pattern)
+        return [path for folder in self.folders(pattern) for path in self.matching_in(folder, base)]
 
-    def copies_of(self, log: str) -> Iterator[tuple[str, os.stat_result]]:
-        folder, base = os.path.split(log)
+    def matching_in(self, folder: str, base: str) -> list[str]:
+        if not is_pattern(base):
+            return [f"{folder}/{base}"] if os.path.lexists(f"{folder}/{base}") else []
+        return [f"{folder}/{name}" for name in self.read(folder) or [] if fnmatch.fnmatchcase(name, base) and
+                (name[0] != "." or base[0] == ".")]
+
+    def copies(self, folder: str, base: str) -> Iterator[tuple[str, os.stat_result]]:
+        """Yields the files with names that start with that of a log: its copies, in whatever form the stanza gives to dates."""
         names = self.read(folder) or []
         for index in range(bisect.bisect_right(names, base), len(names)):
             if not names[index].startswith(base):
                 return
-            if COPY_SUFFIX.fullmatch(names[index], len(base)):
-                with contextlib.suppress(OSError):
-                    yield f"{folder}/{names[index]}", os.lstat(f"{folder}/{names[index]}")
+            if status := self.status(f"{folder}/{names[index]}"):
+                yield f"{folder}/{names[index]}", status
+
+    def status(self, path: str) -> os.stat_result | None:
+        if path not in self.statuses:
+            self.statuses[path] = None
+            with contextlib.suppress(OSError):
+                self.statuses[path] = os.lstat(path)
+        return self.statuses[path]
 
 
 def is_pattern(path: str) -> bool:
@@ -88,21 +98,12 @@ def is_pattern(path: str) -> bool:
 
 
 class Logs:
-    """The logs of one pattern of a stanza."""
+    """The logs in a directory with names that match `base`."""
 
-    def __init__(self, pattern: str, directories: Directories):
-        self.logs: dict[str, os.stat_result] = {}
-        self.copies: dict[str, list[tuple[str, os.stat_result]]] = {}
-        for path in directories.matching(pattern):
-            with contextlib.suppress(OSError):
-                self.logs[path] = os.lstat(path)
-                self.copies[path] = list(directories.copies_of(path))
-
-    def are_old(self) -> bool:
-        """Returns whether there is a log or a copy that logrotate must have seen if it runs every day."""
-        found = [status for status in self.logs.values() if status.st_size]
-        found += [status for copies in self.copies.values() for _, status in copies]
-        return any(time.time() - status.st_mtime > 2 * DAY for status in found)
+    def __init__(self, folder: str, base: str, directories: Directories):
+        self.folder = folder
+        self.directories = directories
+        self.logs = {path: status for path in directories.matching_in(folder, base) if (status := directories.status(path))}
 
     def obstacles(self) -> Iterator[str]:
         """Yields what cannot be rotated, or what stands in the way of a copy."""
@@ -111,14 +112,15 @@ class Logs:
                 yield f"logrotate does not rotate {name}: {listed(wrong)}"
         if fixed := [path for path, status in self.logs.items() if stat.S_ISREG(status.st_mode) and is_immutable(path)]:
             yield f"immutable or append-only, see chattr(1): {listed(fixed)}"
-        copies = [path for copies in self.copies.values() for path, status in copies if stat.S_ISDIR(status.st_mode)]
+        copies = [copy for path in self.logs for copy, status in self.directories.copies(*os.path.split(path))
+                  if stat.S_ISDIR(status.st_mode) and COPY_SUFFIX.fullmatch(copy, len(path))]
         if copies:
             yield f"a directory stands in place of a rotated copy: {listed(copies)}"
 
-    def overdue(self, schedule: Schedule, dates: dict[str, float]) -> list[tuple[float, str]]:
-        """Returns the logs that logrotate should have rotated more than a period ago, each after its last rotation.
+    def overdue(self, schedule: Schedule) -> list[tuple[float, str]]:
+        """Returns the logs that logrotate should have rotated more than a period ago, each after the time of its first line.
 
-        `dates` is what the state file says. Copies count more, because logrotate notes a failed rotation like any other.
+        The state file cannot tell, because logrotate notes a failed rotation like any other.
         """
         now, late = time.time(), list[tuple[float, str]]()
         limit = max(2 * schedule.period, 2 * DAY) + TOLERANCE
@@ -127,13 +129,17 @@ class Logs:
                 continue
             if not schedule.size and now - status.st_mtime > max(schedule.period, DAY):
                 continue
-            copies = [copy.st_mtime for _, copy in self.copies[path]] if schedule.has_copies else []
-            last = max(copies, default=dates.get(path))
-            if last is not None and now - last > limit:
-                # A log that was empty at the last run, or small, has become due since.
-                begin = date_at(path, schedule.size)
-                if begin is None or now - begin > limit:
-                    late.append((last, path))
+            begin = date_at(path, schedule.size)
+            if begin is not None and now - begin <= limit + DAY:
+                continue
+            folder = os.path.join(self.folder, schedule.olddir or "")
+            copies = self.directories.copies(folder, os.path.basename(path))
+            newest = max((copy.st_mtime for _, copy in copies), default=None)
+            if begin is None:
+                # The log may have been empty until now.
+                begin = newest if newest and schedule.always else status.st_mtime
+            if now - max(begin, newest or 0) > limit:
+                late.append((begin, path))
         return late
 
 
@@ -142,21 +148,25 @@ def open_safely(path: str, flags: int) -> int:
 
 
 def is_immutable(path: str) -> bool:
-    """Returns whether the file cannot be truncated, renamed or removed."""
+    """Returns whether the file cannot be truncated, renamed or removed, or no file in the directory."""
     flags = array.array("l", [0])
     with contextlib.suppress(OSError):
-        with open(path, "rb", 0, opener=open_safely) as file:
-            fcntl.ioctl(file, FS_IOC_GETFLAGS, flags)
+        fd = open_safely(path, os.O_RDONLY)
+        try:
+            fcntl.ioctl(fd, FS_IOC_GETFLAGS, flags)
+        finally:
+            os.close(fd)
     return bool(flags[0] & (FS_IMMUTABLE_FL | FS_APPEND_FL))
 
 
 def date_at(path: str, offset: int) -> float | None:
-    """Returns the date of the first line of a log after `offset` that has one, or None if there is none nearby."""
+    """Returns the date of the line of a log at `offset`, or of one that soon follows, or None if they have none."""
     with contextlib.suppress(OSError, ValueError):
         with open(path, "rb", opener=open_safely) as file:
-            file.seek(offset)
-            match = DATE.search(LONG_DATE.sub(r"\2-\1-\3", file.read(4096).decode(errors="replace")))
-        if match:
+            file.seek(max(0, offset - 4096))
+            before, after = file.read(min(offset, 4096)), file.read(4096)
+        text = (before[before.rfind(b"\n") + 1:] + after).decode(errors="replace")
+        if match := DATE.search(LONG_DATE.sub(r"\2-\1-\3", text)):
             date = match[0].replace("/", "-")
-            return time.mktime(time.strptime(date, "%d-%b-%Y" if date.upper() != date else "%Y-%m-%d")) + DAY
+            return time.mktime(time.strptime(date, "%d-%b-%Y" if date.upper() != date else "%Y-%m-%d"))
     return None

@@ -23,6 +23,13 @@ SCRIPT_LINE = re.compile(r"[ \t]*(?:(?P<anonymizer>/[^ \t\n]+/anonymize_ip[ \t].
 # A line outside the stanzas that opens a stanza only for logrotate.
 OTHER_HEAD = re.compile(r"^[^#\n]*\{", re.MULTILINE)
 
+# For logrotate.
+COMMENT = re.compile(r"^[ \t]*#.*", re.MULTILINE)
+SCRIPT = re.compile(r"^[ \t]*(?:(?:pre|post)rotate|(?:first|last)action|preremove)\b.*?(?:^[ \t]*endscript\b|\Z)",
+                    re.MULTILINE | re.DOTALL)
+PATH = re.compile(r"""^[ \t]*["'/]""", re.MULTILINE)
+WORD = re.compile(r"""\"[^"]*"?|'[^']*'?|[^\s"']+""")
+
 
 class Line(NamedTuple):
     """A line of a stanza. `kind` is a group of the patterns above, or "script" or "other" for a line that is copied."""
@@ -128,3 +135,16 @@ def parse_body(text: str, position: int, stanza: Stanza) -> int:
                 return close + 1
             position = end + 1
     return len(text)
+
+
+def stanzas_for_logrotate(text: str) -> list[tuple[list[str], int]]:
+    """Returns the logs of each stanza that logrotate reads, and the number of the line with its brace."""
+    text = COMMENT.sub("", SCRIPT.sub(lambda match: "\n" * match[0].count("\n"), text))
+    found, number, is_open = [], 1, False
+    pieces = re.split("([{}])", text)
+    for piece, brace in zip(pieces[::2], pieces[1::2]):
+        number += piece.count("\n")
+        if brace == "{" and not is_open and (match := PATH.search(piece)):
+            found.append(([word.strip("\"'") for word in WORD.findall(piece, match.start())], number))
+        is_open = brace == "{"
+    return found

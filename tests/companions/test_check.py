@@ -8,11 +8,11 @@ import time
 import unittest
 from unittest import mock
 
-from companions import configuration, findings, log_service, log_view, logs, state_file
+from companions import configuration, findings, log_service, log_view, logs, rotation_file, state_file
 from companions.findings import Finding
 
 DAY = 86400
-DAILY = logs.Schedule(DAY, 0, 0, True, False)
+DAILY = logs.Schedule(DAY, 0, 0, False, None, True)
 
 
 class Folder(unittest.TestCase):
@@ -25,61 +25,83 @@ class Folder(unittest.TestCase):
         os.utime(path, (time.time() - days * DAY,) * 2)
         return path
 
-    def overdue(self, schedule: logs.Schedule, days: float | None) -> list[str]:
-        """Returns the names of the overdue logs, if the state file says that each was rotated `days` ago."""
-        found = logs.Logs(f"{self.folder}/*.log", logs.Directories())
-        dates = {} if days is None else dict.fromkeys(found.logs, time.time() - days * DAY)
-        return [os.path.basename(path) for _, path in found.overdue(schedule, dates)]
+    def old(self, name: str, days: float, text: str = "") -> str:
+        """Writes a log whose first line is `days` old, and whose last line is new."""
+        return self.write(name, text + time.strftime("%Y-%m-%d x\n", time.localtime(time.time() - days * DAY)))
+
+    def overdue(self, schedule: logs.Schedule) -> list[str]:
+        """Returns the names of the overdue logs."""
+        found = logs.Logs(self.folder, "*.log", logs.Directories())
+        return [os.path.basename(path) for _, path in found.overdue(schedule)]
 
 
 class Overdue(Folder):
     def test_two_periods_have_a_tolerance(self) -> None:
-        self.write("a.log")
-        self.assertEqual(self.overdue(DAILY, 2.1), [])
-        self.assertEqual(self.overdue(DAILY, 2.2), ["a.log"])
+        # The date of a line has no time.
+        self.old("a.log", 2)
+        self.assertEqual(self.overdue(DAILY), [])
+        self.old("a.log", 4)
+        self.assertEqual(self.overdue(DAILY), ["a.log"])
         weekly = DAILY._replace(period=7 * DAY)
-        self.assertEqual(self.overdue(weekly, 14.1), [])
-        self.assertEqual(self.overdue(weekly, 14.2), ["a.log"])
+        self.old("a.log", 14)
+        self.assertEqual(self.overdue(weekly), [])
+        self.old("a.log", 16)
+        self.assertEqual(self.overdue(weekly), ["a.log"])
 
-    def test_a_log_that_the_state_file_does_not_contain_is_new(self) -> None:
-        self.write("a.log")
-        self.assertEqual(self.overdue(DAILY, None), [])
-
-    def test_the_newest_copy_counts_more_than_the_state_file(self) -> None:
-        self.write("a.log")
+    def test_a_copy_in_any_form_excuses_an_old_line(self) -> None:
+        self.old("a.log", 9)
         self.write("a.log.2.gz", days=5)
-        self.assertEqual(self.overdue(DAILY, 1), ["a.log"])
-        self.assertEqual(self.overdue(DAILY._replace(has_copies=False), 1), [])
-        self.write("a.log-20261121", days=1)
-        self.assertEqual(self.overdue(DAILY, 5), [])
+        self.assertEqual(self.overdue(DAILY), ["a.log"])
+        self.write("a.log_22_11", days=2)
+        self.assertEqual(self.overdue(DAILY), [])
+
+    def test_copies_may_be_in_a_directory_of_their_own(self) -> None:
+        self.old("a.log", 9)
+        os.mkdir(f"{self.folder}/old")
+        self.assertEqual(self.overdue(DAILY._replace(olddir="old")), ["a.log"])
+        self.write("old/a.log.1", days=2)
+        for folder in "old", f"{self.folder}/old":
+            self.assertEqual(self.overdue(DAILY._replace(olddir=folder)), [])
+
+    def test_a_log_without_dates_is_as_old_as_its_newest_copy_if_each_period_has_one(self) -> None:
+        self.write("a.log")
+        self.assertEqual(self.overdue(DAILY), [])
+        self.write("a.log.1", days=5)
+        self.assertEqual(self.overdue(DAILY), ["a.log"])
+        self.assertEqual(self.overdue(DAILY._replace(always=False)), [])
+        self.write("a.log.1", days=1)
+        self.assertEqual(self.overdue(DAILY), [])
 
     def test_a_log_must_have_been_modified_in_the_last_period(self) -> None:
-        self.write("a.log", days=1.5)
-        self.assertEqual(self.overdue(DAILY, 5), [])
-        self.assertEqual(self.overdue(DAILY._replace(period=7 * DAY), 20), ["a.log"])
+        self.write("a.log", "2001-01-01", days=1.5)
+        self.assertEqual(self.overdue(DAILY), [])
+        self.assertEqual(self.overdue(DAILY._replace(period=7 * DAY)), ["a.log"])
 
     def test_a_log_must_be_large_enough(self) -> None:
         self.write("a.log", "")
         self.write("b.log", "123", days=9)
-        by_size = DAILY._replace(period=DAY, size=3)
-        self.assertEqual(self.overdue(by_size, 5), [])
-        self.assertEqual(self.overdue(by_size._replace(size=2), 5), ["b.log"])
-        self.assertEqual(self.overdue(DAILY._replace(period=20 * DAY, minimum=4), 50), [])
-        self.assertEqual(self.overdue(DAILY._replace(period=20 * DAY, minimum=3), 50), ["b.log"])
+        by_size = DAILY._replace(size=3, always=False)
+        self.assertEqual(self.overdue(by_size), [])
+        self.assertEqual(self.overdue(by_size._replace(size=2)), ["b.log"])
+        self.old("b.log", 90)
+        self.assertEqual(self.overdue(DAILY._replace(minimum=14)), [])
+        self.assertEqual(self.overdue(DAILY._replace(minimum=13)), ["b.log"])
 
     def test_a_recent_first_line_excuses_the_log(self) -> None:
         now = time.localtime()
         for form in ("[%a %b %d %H:%M:%S.123456 %Y] x", '1.2.3.4 - - [%d/%b/%Y:%H:%M:%S +0000] "GET /"', "%Y/%m/%d x",
                      "[%d-%b-%Y] x"):
             self.write("a.log", time.strftime(form, now))
-            self.assertEqual(self.overdue(DAILY, 5), [], form)
-            self.write("a.log", time.strftime(form, time.localtime(time.time() - 4 * DAY)) + time.strftime(f"\n{form}", now))
-            self.assertEqual(self.overdue(DAILY, 5), ["a.log"], form)
+            self.assertEqual(self.overdue(DAILY), [], form)
+            self.write("a.log", time.strftime(form, time.localtime(time.time() - 5 * DAY)) + time.strftime(f"\n{form}", now))
+            self.assertEqual(self.overdue(DAILY), ["a.log"], form)
 
     def test_for_a_size_the_line_counts_that_exceeds_it(self) -> None:
-        self.write("a.log", "2001-01-01 x\n" + time.strftime("%Y-%m-%d x\n"))
-        self.assertEqual(self.overdue(DAILY._replace(size=12), 5), [])
-        self.assertEqual(self.overdue(DAILY, 5), ["a.log"])
+        by_size = DAILY._replace(always=False)
+        self.old("a.log", 0, "2001-01-01 x\n")
+        for size in range(13, 25):
+            self.assertEqual(self.overdue(by_size._replace(size=size)), [])
+        self.assertEqual(self.overdue(by_size._replace(size=12)), ["a.log"])
 
 
 class Directories(Folder):
@@ -94,18 +116,13 @@ class Directories(Folder):
         self.assertEqual(matching(f"{self.folder}/s?b/[a-c].log"), [f"{self.folder}/sub/c.log"])
         self.assertEqual(matching(f"{self.folder}/s*/absent"), [])
 
-    def test_copies_have_a_number_or_a_date(self) -> None:
-        for name in "a.log", "a.log.1", "a.log.2.gz", "a.log-20261122-17.xz", "a.log.old", "a.log.1.gz.bak", "a.logs.1":
-            self.write(name)
-        copies = logs.Directories().copies_of(f"{self.folder}/a.log")
-        self.assertEqual(sorted(os.path.basename(path) for path, _ in copies), ["a.log-20261122-17.xz", "a.log.1", "a.log.2.gz"])
-
     def test_names_that_look_like_copies_of_copies_cost_no_time(self) -> None:
         for number in range(logs.LARGEST_DIRECTORY // 100):
             for length in range(100):
                 self.write(f"{number}" + ".1" * length)
         start = time.monotonic()
-        logs.Logs(f"{self.folder}/*", logs.Directories())
+        found = logs.Logs(self.folder, "*", logs.Directories())
+        self.assertEqual([*found.obstacles(), *found.overdue(DAILY)], [])
         self.assertLess(time.monotonic() - start, 5)
 
 
@@ -136,24 +153,68 @@ class Service(Folder):
             with mock.patch.object(state_file, "SYSTEMCTL", script), mock.patch.object(state_file, "SYSTEMD", self.folder):
                 self.assertEqual(state_file.reason(), said)
 
-    def test_names_in_the_state_file_are_unescaped(self) -> None:
-        self.assertEqual(state_file.unescaped(rb'a\"b\\n\nc'), 'a"b\\n\nc')
-
-    def test_an_immutable_file_is_recognized(self) -> None:
-        path = self.write("log")
-        if subprocess.run(["chattr", "+i", path], stderr=subprocess.DEVNULL, check=False).returncode != 0:
-            self.skipTest("chattr +i is not possible here")
-        self.addCleanup(lambda: subprocess.run(["chattr", "-i", path], check=True))
-        self.assertTrue(logs.is_immutable(path))
+    def test_an_immutable_file_or_directory_is_recognized(self) -> None:
+        self.assertFalse(logs.is_immutable(self.folder))
+        os.mkdir(f"{self.folder}/fixed")
+        for path in self.write("log"), f"{self.folder}/fixed":
+            if subprocess.run(["chattr", "+i", path], stderr=subprocess.DEVNULL, check=False).returncode != 0:
+                self.skipTest("chattr +i is not possible here")
+            self.addCleanup(subprocess.call, ["chattr", "-i", path])
+            self.assertTrue(logs.is_immutable(path))
         self.assertFalse(logs.is_immutable(self.write("other")))
 
+    def problem(self, text: str, old: bool = False) -> str | None:
+        """Returns what the real logrotate and the check find in a state file with the text."""
+        path = self.write("status", text)
+        state = state_file.StateFile()
+        state.path, state.age = path, 0
+        return state.problem(old)
 
     def test_an_immutable_directory_keeps_the_state_file_from_being_replaced(self) -> None:
-        state = self.write("status", "logrotate state -- version 2\n")
-        for fixed in state, self.folder:
-            with mock.patch.object(state_file, "is_immutable", lambda path, fixed=fixed: path == fixed), \
-                    mock.patch.object(state_file, "run_logrotate", lambda _: f"    Default state file path:    {state}\n"):
-                self.assertRegex(state_file.StateFile().problem(False) or "", "^logrotate cannot replace it: .* immutable")
+        for fixed in f"{self.folder}/status", self.folder:
+            with mock.patch.object(state_file, "is_immutable", lambda path, fixed=fixed: path == fixed):
+                self.assertRegex(self.problem("") or "", "^logrotate cannot replace it: .* immutable")
+
+    def test_entries_that_logrotate_accepts_are_no_damage(self) -> None:
+        head = "logrotate state -- version 2\n"
+        for line in '"/a b" 2026-11-22-5:0:59', r'"/a\"b\\" 2026-1-2-23:59:0', "", '"/x" 2026-1-2':
+            self.assertIsNone(self.problem(f"{head}{line}\n"), line)
+        for line in '"/x" 2026-13-1-0:0:0', '"/x" 2026-1-32-0:0:0', '"/x" 2026-1-1-24:0:0', "x", '"/x':
+            self.assertRegex(self.problem(f'{head}"/y" 2026-11-22-5:0:59\n{line}\n') or "", f"{self.folder}/status; ", line)
+        self.assertRegex(self.problem('"/y" 2026-11-22-5:0:59\n') or "", "^bad top line")
+
+    def test_many_entries_cost_no_time(self) -> None:
+        start = time.monotonic()
+        entries = (f'"/{number}{"n" * 200}" 2026-11-22-5:0:0\n' for number in range(200_000))
+        self.assertIsNone(self.problem("logrotate state -- version 2\n" + "".join(entries)))
+        self.assertLess(time.monotonic() - start, 5)
+
+    def test_a_new_machine_has_no_state_file_yet(self) -> None:
+        state = state_file.StateFile()
+        state.path, state.age = f"{self.folder}/status", None
+        for running, old, found in (1, True, False), (3, False, False), (3, True, True):
+            with mock.patch("time.clock_gettime", lambda _, running=running: running * DAY):
+                self.assertEqual(bool(state.problem(old)), found)
+
+
+class Stanzas(unittest.TestCase):
+    def test_each_stanza_that_logrotate_reads(self) -> None:
+        text = """daily
+/a.log { weekly }
+# /b {
+  "/c d"
+'/e' { # x
+  prerotate
+    find / {} +
+  endscript
+  postrotate
+/f {
+} /g { daily
+}
+"""
+        self.assertEqual(rotation_file.stanzas_for_logrotate(text), [(["/a.log"], 2), (["/c d", "/e"], 5)])
+        text = text.replace("/f {", "endscript")
+        self.assertEqual(rotation_file.stanzas_for_logrotate(text)[2:], [(["/g"], 11)])
 
 
 class Hosts(unittest.TestCase):
