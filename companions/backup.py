@@ -1,5 +1,6 @@
 """Copies the files that runs and the next rotation would change or delete."""
 
+import collections
 import contextlib
 import ctypes
 import errno
@@ -12,7 +13,7 @@ from companions.changes import FILE_TYPES, Changes
 from companions.command import Failure
 from companions.machine import Machine
 from companions.next_rotation import Deletion
-from companions.program import HOSTS_DIRECTORY
+from companions.program import HOSTS_DIRECTORY, SYSTEM_DIRECTORY
 from companions.text import human, printable, shell_quoted
 from companions.view import libc, system_call
 
@@ -67,13 +68,20 @@ def back_up(machine: Machine, changes: Changes, deletions: list[Deletion], direc
 
 
 def instructions(changes: Changes, copies: bool, directory: str) -> Iterator[str]:
-    """Yields how to undo the changes, with the first file of each kind as an example."""
-    for change in [change for change in changes.files if change.old_status][:1]:
-        saved = os.path.abspath(directory) + change.path
-        yield f"To put a rotation file back: cp -a {shell_quoted(saved)} {shell_quoted(change.path)}"
+    """Yields how to undo the changes."""
+    saved = os.path.abspath(directory)
+    folders = collections.defaultdict(list)
+    for change in changes.files:
+        if change.old_status:
+            folders[os.path.dirname(change.path)].append(change.path)
+    for folder, paths in folders.items():
+        if folder in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY) and len(paths) > 1:
+            yield f"To put the rotation files back: cp -a {shell_quoted(saved + folder)}/* {shell_quoted(folder)}/"
+        else:
+            yield from (f"To put a rotation file back: cp -a {shell_quoted(saved + path)} {shell_quoted(path)}" for path in paths)
     for change in [change for change in changes.files if not change.old_status][:1]:
         name = change.path.removeprefix(HOSTS_DIRECTORY + "/")
-        yield f"To undo a new rotation file: tavek-logrotate {shell_quoted(name)} off"
+        yield f"To undo a new rotation file, for example: tavek-logrotate {shell_quoted(name)} off"
     if copies:
         yield "A rotation renumbers copies, so do not put them back under their old numbers after one."
 

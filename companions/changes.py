@@ -2,7 +2,7 @@
 
 import os
 import stat
-from collections.abc import Iterator
+from collections.abc import Callable, Iterable, Iterator
 
 from companions.command import Failure
 from companions.text import printable
@@ -103,16 +103,13 @@ def attributes(status: os.stat_result) -> str:
 class Changes:
     """The changed files, and the removed copies with their sizes. There may be very many copies."""
 
-    def __init__(self) -> None:
+    def __init__(self, changes: Iterable[Change], is_rotation_file: Callable[[str], bool]) -> None:
         self.files: list[Change] = []
         self.copies: list[tuple[str, int]] = []
-
-    def add(self, change: Change, is_copy: bool) -> None:
-        if change.is_removal() and is_copy:
-            self.copies.append((change.path, change.size()))
-        else:
-            self.files.append(change)
-
-    def sort(self) -> None:
+        for each in changes:
+            if each.exists() and each.is_removal() and not is_rotation_file(each.path):
+                self.copies.append((each.path, each.size()))
+            elif each.exists():
+                self.files.append(each)
         self.files.sort(key=lambda change: change.path)
         self.copies.sort()

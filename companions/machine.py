@@ -4,27 +4,39 @@ import contextlib
 import errno
 import functools
 import glob
+import itertools
 import os
 import stat
+from collections.abc import Iterator
 from typing import NamedTuple
 
 from companions.changes import Change, Changes, files_below
 from companions.command import Failure
-from companions.next_rotation import Deletion, next_rotation
+from companions.next_rotation import next_rotation
 from companions.program import HOSTS_DIRECTORY, PROGRAM, SYSTEM_DIRECTORY, log_directories_of, targets_of, vhosts_root
 from companions.text import printable
-from companions.view import Mount, build_view
+from companions.view import SCRATCH, Mount, build_view
 from companions.worker import Result, Worker, current_directory, run
 
 # logrotate reads no larger file.
 LARGEST_FILE = 0xFFFFFF
 
+STATES = f"{SCRATCH}/states"
+
 
 class Places(NamedTuple):
-    """Where a run may read and write: the paths of rotation files and of the directories that it searches."""
+    """Where a run may read and write: the paths of rotation files, of their directories, and of those of logs."""
 
     targets: list[str]
     directories: list[str]
+    logs: list[str]
+
+
+class Outcome(NamedTuple):
+    """How a run ended in the view, and what this run alone changed."""
+
+    result: Result
+    changes: Changes
 
 
 @functools.cache
@@ -42,12 +54,11 @@ def find_places(arguments: list[str], root: str, must_exist: bool) -> Places:
             directories.add(os.path.dirname(os.path.realpath(path)))
         if os.path.isfile(path) and os.stat(path).st_size > LARGEST_FILE:
             raise Failure(f"{printable(path)} is larger than 16 MiB, so logrotate does not read it")
-    for path in log_directories_of(arguments, root):
-        directories.update(glob.glob(path) if glob.has_magic(path) else [path])
+    logs = {each for path in log_directories_of(arguments, root) for each in (glob.glob(path) if glob.has_magic(path) else [path])}
     # A run replaces a link at the path of a target, so only links in its directory are followed.
     real = [(real_directory(os.path.dirname(path), must_exist), os.path.basename(path)) for path in targets]
     return Places([os.path.join(directory, name) for directory, name in real if directory],
-                  sorted(filter(None, {real_directory(path, must_exist) for path in directories})))
+                  *(sorted(filter(None, {real_directory(path, must_exist) for path in paths})) for paths in (directories, logs)))
 
 
 def find_root() -> str:
@@ -68,6 +79,10 @@ class Machine:
         self.root = self.worker.call(find_root)
         self.targets: set[str] = set()
         self.searched: set[str] = set()
+        # For each path that a run has changed, the file that holds its state after the latest of these runs.
+        self.known: dict[str, str] = {}
+        self.numbers = itertools.count()
+        os.mkdir(STATES)
         self.configuration = tuple(f"{self.worker.call(real_directory, path, False)}/"
                                    for path in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY))
 
@@ -80,21 +95,56 @@ class Machine:
         mount = self.mount_of(path)
         return mount.real + path[len(mount.path.rstrip("/")):]
 
-    def run(self, arguments: list[str]) -> Result:
+    def upper(self, path: str) -> str:
+        """Returns where a changed file is, for a path without links."""
+        mount = self.mount_of(path)
+        return mount.upper + path[len(mount.path.rstrip("/")):]
+
+    def run(self, arguments: list[str]) -> Outcome:
         """Runs the program in the view. Raises Failure if the run on the machine might do something else."""
         places = self.worker.call(find_places, arguments, self.root, not self.silent)
         self.targets.update(places.targets)
-        for directory in places.directories:
+        directories = {*places.directories, *places.logs}
+        for directory in sorted(directories):
             self.search(directory)
         try:
             result = self.worker.call(run, [PROGRAM, *arguments])
         except OSError as error:
             raise Failure(f"cannot start {PROGRAM}: {error.strerror}") from error
+        changes = Changes(self.changes_in(places), self.is_rotation_file)
         if os.strerror(errno.EROFS).encode() in result.error:
-            for each in map(self.mount_of, places.directories):
+            for each in map(self.mount_of, directories):
                 if each.needs_overlay() and not each.covered:
                     raise Failure(f"{printable(each.path)} ({each.kind}) accepts no overlay, and the run may need to write there")
-        return result
+        return Outcome(result, changes)
+
+    def changes_in(self, places: Places) -> Iterator[Change]:
+        """Yields the files that were changed since the last run, and others. Runs create no file among the logs."""
+        paths = set(places.targets)
+        for directory in places.logs:
+            with contextlib.suppress(FileNotFoundError, NotADirectoryError):
+                paths.update(f"{directory}/{name}" for name in os.listdir(self.upper(directory)))
+        for path in paths:
+            upper = self.upper(path)
+            if path in self.known or os.path.lexists(upper) and not stat.S_ISDIR(os.lstat(upper).st_mode):
+                new = upper if os.path.lexists(upper) else self.real(path)
+                change = Change(path, self.known.get(path, self.real(path)), new)
+                if change.old_status and stat.S_ISLNK(change.old_status.st_mode):
+                    # It may lead to a file that an earlier run changed.
+                    target = os.path.realpath(os.path.join(os.path.dirname(path), os.readlink(change.old)))
+                    change.old_text = self.known.get(target, self.real(target))
+                # A later run may change the file, and the differences are shown after all runs.
+                self.known[path] = change.new = self.keep(change)
+                yield change
+
+    def keep(self, change: Change) -> str:
+        """Keeps the new state of a file. Returns the path of the state, where nothing is if there is no file."""
+        if change.new_status and not change.new.startswith(SCRATCH + "/"):
+            return change.new
+        state = f"{STATES}/{next(self.numbers)}"
+        if change.new_status:
+            os.link(change.new, state, follow_symlinks=False)
+        return state
 
     def search(self, directory: str) -> None:
         """Raises Failure if the view of the directory is not complete."""
@@ -121,17 +171,17 @@ class Machine:
         return path.startswith(self.configuration) or path in self.targets
 
     def changes(self) -> Changes:
-        """Returns what all runs changed together."""
-        changes = Changes()
-        for each in self.mounts:
-            for path in files_below(each.upper) if each.covered else ():
-                rest = path[len(each.upper):]
-                change = Change(each.path.rstrip("/") + rest, each.real + rest, path)
-                if change.exists():
-                    changes.add(change, not self.is_rotation_file(change.path))
-        changes.sort()
+        """Returns what all runs changed together. Raises Failure if it is more than each of them changed."""
+        changes = Changes((Change(path, self.real(path), upper) for each in self.mounts if each.covered
+                           for upper in files_below(each.upper) for path in [each.path.rstrip("/") + upper[len(each.upper):]]),
+                          self.is_rotation_file)
+        for path in [each.path for each in changes.files] + [path for path, _ in changes.copies]:
+            if path not in self.known:
+                raise Failure(f"cannot tell which run changed {printable(path)}")
         return changes
 
-    def next_rotation(self, files: list[str]) -> tuple[list[Deletion], list[str]]:
-        """Returns what the next rotation of the logs of these rotation files deletes, and notes about what is not known."""
-        return Worker(self.mounts, self.directory).call(next_rotation, files) if files else ([], [])
+    def start_next_rotation(self, files: list[str]) -> Worker:
+        """Starts the next rotation of the logs of these rotation files. The worker receives what next_rotation() returns."""
+        worker = Worker(self.mounts, self.directory)
+        worker.start(next_rotation, files)
+        return worker

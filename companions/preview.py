@@ -11,9 +11,9 @@ from companions.batch import Run
 from companions.changes import Changes
 from companions.command import Failure
 from companions.judgement import judgement
-from companions.machine import Machine
+from companions.machine import Machine, Outcome
+from companions.next_rotation import Deletion
 from companions.text import escaped, human, printable, use_colour, valid
-from companions.touched import Touched
 from companions.worker import Result
 
 CHANGES = 10
@@ -27,12 +27,15 @@ class Options(NamedTuple):
     runs: list[Run]
 
 
-class Outcome(NamedTuple):
-    """How a run ended in the view. `changes` are the changes of this run alone, if these are wanted."""
+class Preview(NamedTuple):
+    """How the runs end, and what all of them change. `remarks` are about the new files, and `saved` about the backup."""
 
-    run: Run
-    result: Result
+    outcomes: list[tuple[Run, Outcome]]
     changes: Changes
+    diffs: list[str]
+    deletions: list[Deletion]
+    remarks: list[str]
+    saved: list[str]
 
 
 def parse_options(words: list[str]) -> Options:
@@ -67,41 +70,51 @@ def read_batch(name: str) -> list[Run]:
         raise Failure(f"{printable(name)}: {error}") from None
 
 
-def make_run(machine: Machine, run: Run) -> Result:
+def make_run(machine: Machine, run: Run) -> Outcome:
     """Makes the run in the view. If one of many cannot be previewed, it counts as failed, and the others continue."""
     try:
         return machine.run(run.arguments)
     except Failure as error:
         if run.line is None:
             raise
-        return Result(NO_PREVIEW, b"", os.fsencode(f"tavek-logrotate-preview: line {run.line}: {escaped(str(error))}\n"))
+        message = os.fsencode(f"tavek-logrotate-preview: line {run.line}: {escaped(str(error))}\n")
+        return Outcome(Result(NO_PREVIEW, b"", message), Changes([], machine.is_rotation_file))
 
 
-def show(result: Result) -> None:
-    for stream, text in (sys.stdout, result.output), (sys.stderr, result.error):
-        stream.buffer.write(text)
-        stream.flush()
+def make_preview(machine: Machine, options: Options) -> Preview:
+    """Makes the runs in the view, and the backup: a reader who has seen the first line may end this process."""
+    outcomes = [(each, make_run(machine, each)) for each in options.runs]
+    changes = machine.changes()
+    deletions: list[Deletion] = []
+    remarks: list[str] = []
+    new = [each.path for each in changes.files if not each.is_removal()]
+    rotation = machine.start_next_rotation(new) if new else None
+    machine.worker.start(judgement, new)
+    if options.json:
+        diffs = ["".join(each.text(colour=False) for each in outcome.changes.files) for _, outcome in outcomes]
+    else:
+        diffs = [each.text(use_colour()) for each in changes.files]
+    if rotation:
+        deletions, remarks = rotation.receive()
+    remarks += machine.worker.receive()
+    saved = back_up(machine, changes, deletions, options.backup) if options.backup else []
+    return Preview(outcomes, changes, diffs, deletions, remarks, saved)
 
 
 def count_of(one: str, many: str, sizes: list[int]) -> str:
     return f"{len(sizes)} {one if len(sizes) == 1 else many} ({human(sum(sizes))})"
 
 
-def print_preview(machine: Machine, options: Options) -> tuple[int, bool]:
-    """Prints the preview as text. Returns the status of the first run that fails, or 0, and whether anything changes."""
-    failures = []
-    for each in options.runs:
-        result = make_run(machine, each)
-        show(result)
-        if result.status != 0:
-            failures.append((each, result.status))
-    changes = machine.changes()
-    new = [each.path for each in changes.files if not each.is_removal()]
-    for file in changes.files:
-        print(end=file.text(use_colour()))
+def print_text(preview: Preview) -> None:
+    changes, deletions = preview.changes, preview.deletions
+    for _, (result, _) in preview.outcomes:
+        for stream, text in (sys.stdout, result.output), (sys.stderr, result.error):
+            stream.buffer.write(text)
+            stream.flush()
+    for diff in preview.diffs:
+        print(end=diff)
     for path, size in changes.copies:
         print(f"delete {printable(path)} ({human(size)})")
-    deletions, notes = machine.next_rotation(new)
     for path, size, _ in deletions:
         print(f"at its next rotation, logrotate would delete: {printable(path)} ({human(size)})")
     summary = []
@@ -112,46 +125,32 @@ def print_preview(machine: Machine, options: Options) -> tuple[int, bool]:
     if deletions:
         summary.append(f"{count_of('file', 'files', [each.size for each in deletions])} would be deleted at the next rotation")
     print(", ".join(summary) + "." if summary else "No changes.")
-    for line in notes + machine.worker.call(judgement, new):
+    for line in preview.remarks + preview.saved:
         print(line)
-    for line in back_up(machine, changes, deletions, options.backup) if options.backup else []:
-        print(line)
-    for run, status in failures:
-        print("The run " + (f"in line {run.line} " if run.line else "") + f"would fail with status {status}.")
-    return failures[0][1] if failures else 0, bool(summary)
+    for run, (result, _) in preview.outcomes:
+        if result.status != 0:
+            print("The run " + (f"in line {run.line} " if run.line else "") + f"would fail with status {result.status}.")
 
 
-def print_json(machine: Machine, options: Options) -> tuple[int, bool]:
-    """Prints the preview as one JSON object. Returns the same as print_preview()."""
-    touched = Touched(machine.mounts, machine.mount_of, machine.is_rotation_file)
-    outcomes = [Outcome(each, make_run(machine, each), touched.changes()) for each in options.runs]
-    touched.check()
-    changes = machine.changes()
-    new = [each.path for each in changes.files if not each.is_removal()]
-    deletions, notes = machine.next_rotation(new)
+def print_json(preview: Preview, backup: bool) -> None:
     # A file that several runs change is rotated as the last of them leaves it.
-    line_of = {file.path: outcome.run.line for outcome in outcomes for file in outcome.changes.files}
-    later: dict[int | None, list[tuple[str, int]]] = {outcome.run.line: [] for outcome in outcomes}
-    for path, size, by in deletions:
-        later[line_of[by]].append((path, size))
-    shown = {"runs": [as_json(each, later[each.run.line]) for each in outcomes],
-             "judgement": [valid(line) for line in notes + machine.worker.call(judgement, new)]}
-    if options.backup:
-        shown["backup"] = [valid(line) for line in back_up(machine, changes, deletions, options.backup)]
-    print(json.dumps(shown))
-    status = next((each.result.status for each in outcomes if each.result.status != 0), 0)
-    return status, bool(changes.files or changes.copies)
+    line_of = {file.path: run.line for run, outcome in preview.outcomes for file in outcome.changes.files}
+    later: dict[int | None, list[Deletion]] = {run.line: [] for run, _ in preview.outcomes}
+    for deletion in preview.deletions:
+        later[line_of[deletion.by]].append(deletion)
+    runs = [as_json(run, outcome, diff, later[run.line]) for (run, outcome), diff in zip(preview.outcomes, preview.diffs)]
+    shown = {"runs": runs, "judgement": [valid(line) for line in preview.remarks]}
+    print(json.dumps(shown | ({"backup": [valid(line) for line in preview.saved]} if backup else {})))
 
 
-def as_json(outcome: Outcome, later: list[tuple[str, int]]) -> dict[str, Any]:
+def as_json(run: Run, outcome: Outcome, diff: str, later: list[Deletion]) -> dict[str, Any]:
     """Returns the JSON object of a run. Bytes that are not UTF-8 become backslash escapes, because JSON cannot contain them."""
-    changes = outcome.changes
-    return {"line": outcome.run.line, "arguments": [valid(each) for each in outcome.run.arguments],
-            "status": outcome.result.status, "output": valid(os.fsdecode(outcome.result.output)),
-            "error": valid(os.fsdecode(outcome.result.error)), "changed": bool(changes.files or changes.copies),
-            "diff": "".join(valid(each.text(colour=False)) for each in changes.files),
+    result, changes = outcome
+    return {"line": run.line, "arguments": [valid(each) for each in run.arguments],
+            "status": result.status, "output": valid(os.fsdecode(result.output)), "error": valid(os.fsdecode(result.error)),
+            "changed": bool(changes.files or changes.copies), "diff": valid(diff),
             "deleted": [{"path": valid(path), "size": size} for path, size in changes.copies],
-            "deleted_at_next_rotation": [{"path": valid(path), "size": size} for path, size in later]}
+            "deleted_at_next_rotation": [{"path": valid(path), "size": size} for path, size, _ in later]}
 
 
 def main(words: list[str]) -> int:
@@ -160,6 +159,10 @@ def main(words: list[str]) -> int:
         raise Failure("must be run as root")
     if options.backup:
         refuse(options.backup)
-    machine = Machine()
-    status, changes = (print_json if options.json else print_preview)(machine, options)
-    return status or (CHANGES if options.exit_code and changes else 0)
+    preview = make_preview(Machine(), options)
+    if options.json:
+        print_json(preview, options.backup is not None)
+    else:
+        print_text(preview)
+    failed = next((outcome.result.status for _, outcome in preview.outcomes if outcome.result.status != 0), 0)
+    return failed or (CHANGES if options.exit_code and (preview.changes.files or preview.changes.copies) else 0)
