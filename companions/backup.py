@@ -25,13 +25,15 @@ SYS_OPENAT2 = 437
 RESOLVE_NO_SYMLINKS = 4
 
 
-def refuse(directory: str) -> None:
-    """Raises Failure if the directory cannot be made."""
-    if os.path.lexists(directory):
-        raise Failure(f"{printable(directory)} exists; a backup needs a new directory")
-    parent = os.path.dirname(os.path.abspath(directory))
-    if not os.path.isdir(parent) or os.path.realpath(parent).startswith(("/proc", "/sys")):
-        raise Failure(f"{printable(directory)} cannot be made")
+def new_directory(path: str) -> str:
+    """Returns the path of the directory without links. Raises Failure if it cannot be made."""
+    path = path.rstrip("/")
+    if os.path.lexists(path or "/"):
+        raise Failure(f"{printable(path or '/')} exists; a backup needs a new directory")
+    parent = os.path.realpath(os.path.dirname(path) or ".")
+    if not os.path.isdir(parent) or (parent + "/").startswith(("/proc/", "/sys/")):
+        raise Failure(f"{printable(path)} cannot be made")
+    return os.path.join(parent, os.path.basename(path))
 
 
 def back_up(machine: Machine, changes: Changes, deletions: list[Deletion], directory: str) -> list[str]:
@@ -51,16 +53,20 @@ def back_up(machine: Machine, changes: Changes, deletions: list[Deletion], direc
     if not sources:
         return [*notes, "There is nothing to back up."]
     size = sum(status.st_blocks * 512 + OVERHEAD for _, status in sources)
-    space = os.statvfs(os.path.dirname(os.path.abspath(directory)))
+    space = os.statvfs(os.path.dirname(directory))
     if size > space.f_bavail * space.f_frsize:
         raise Failure(f"the backup needs {human(size)}, and {human(space.f_bavail * space.f_frsize)} are free")
-    os.mkdir(directory, 0o700)
+    os.umask(0o077)
+    # Whatever ends this process, an incomplete backup does not look like a complete one.
+    partial = directory + ".partial"
+    os.mkdir(partial)
     try:
         for path, _ in sources:
-            copy(machine, path, path in old, directory + path)
-        sync(directory)
+            copy(machine, path, path in old, partial + path)
+        sync(partial)
+        os.rename(partial, directory)
     except BaseException:
-        shutil.rmtree(directory)
+        shutil.rmtree(partial)
         raise
     count = "1 file" if len(sources) == 1 else f"{len(sources)} files"
     notes.append(f"backup: {count} ({human(sum(status.st_size for _, status in sources))}) in {printable(directory)}")
@@ -69,17 +75,16 @@ def back_up(machine: Machine, changes: Changes, deletions: list[Deletion], direc
 
 def instructions(changes: Changes, copies: bool, directory: str) -> Iterator[str]:
     """Yields how to undo the changes."""
-    saved = os.path.abspath(directory)
     folders = collections.defaultdict(list)
     for change in changes.files:
         if change.old_status:
             folders[os.path.dirname(change.path)].append(change.path)
     for folder, paths in folders.items():
-        if folder in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY) and len(paths) > 1:
-            yield f"To put the rotation files back: cp -a {shell_quoted(saved + folder)}/* {shell_quoted(folder)}/"
+        if folder in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY) and (len(paths) > 1 or not paths[0].isprintable()):
+            yield f"To put the rotation files back: cp -a {shell_quoted(directory + folder)}/* {folder}/"
         else:
-            yield from (f"To put a rotation file back: cp -a {shell_quoted(saved + path)} {shell_quoted(path)}" for path in paths)
-    for change in [change for change in changes.files if not change.old_status][:1]:
+            yield from (f"To put a rotation file back: cp -a {shell_quoted(directory + path)} {shell_quoted(path)}" for path in paths)
+    for change in [change for change in changes.files if not change.old_status and change.path.isprintable()][:1]:
         name = change.path.removeprefix(HOSTS_DIRECTORY + "/")
         yield f"To undo a new rotation file, for example: tavek-logrotate {shell_quoted(name)} off"
     if copies:

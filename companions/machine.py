@@ -48,10 +48,10 @@ def real_directory(path: str, must_exist: bool) -> str | None:
 def find_places(arguments: list[str], root: str, must_exist: bool) -> Places:
     """Finds the places of a run in the view. Raises Failure if a target is too large for a view in memory."""
     targets = [path for path in targets_of(arguments) if os.path.basename(path)]
+    # A run may create the file that a link names.
+    targets += [os.path.realpath(path) for path in targets if os.path.islink(path)]
     directories = {os.path.dirname(path) for path in targets}
     for path in targets:
-        if os.path.islink(path):
-            directories.add(os.path.dirname(os.path.realpath(path)))
         if os.path.isfile(path) and os.stat(path).st_size > LARGEST_FILE:
             raise Failure(f"{printable(path)} is larger than 16 MiB, so logrotate does not read it")
     logs = {each for path in log_directories_of(arguments, root) for each in (glob.glob(path) if glob.has_magic(path) else [path])}

@@ -22,17 +22,15 @@ from companions.worker import run
 
 MAIN_FILE = "/etc/logrotate.conf"
 # A site owner may make any number of files. A directory with more is not examined.
-LARGEST_DIRECTORY = 10_000
+LARGEST_DIRECTORY = 1_000
 KEY_SIZE = 20
 
 TRUE, CAT = "/bin/true", "/bin/cat"
 # logrotate needs what is here.
 NEEDED = ("/bin/", "/dev/", "/etc/", "/lib/", "/lib64/", "/proc/", "/sbin/", "/sys/", "/usr/")
-# What logrotate starts unless the configuration names other programs. An option could make CAT fail.
-COMPRESSOR, OTHER_PROGRAMS = "/bin/gzip", ("/bin/sh", "/bin/gunzip")
-COMPRESSOR_LINE = re.compile(r"^[ \t]*compresscmd[ \t=]+(\S+)", re.MULTILINE)
-LEFT_OUT_LINE = re.compile(r"^[ \t]*(?:include|compressoptions)[ \t=].*$", re.MULTILINE)
-OLD_DIRECTORY_LINE = re.compile(r"^[ \t]*olddir[ \t=]", re.MULTILINE)
+# What logrotate starts. Files with settings that would make it start other programs, or move copies elsewhere, are not examined.
+COVERS = {"/bin/gzip": CAT, "/bin/sh": TRUE, "/bin/gunzip": TRUE}
+UNKNOWN = re.compile(r"^(?![ \t]*#).*\b(include|(?:un)?compresscmd|compressoptions|(?:create)?olddir|taboo(?:ext|pat))\b", re.MULTILINE)
 INCLUDE_LINE = re.compile(r"^[ \t]*include[ \t=]+[\"']?(.*?)[\"']?[ \t]*$", re.MULTILINE)
 
 
@@ -75,7 +73,9 @@ class NextRotation:
                 self.users.setdefault(directory, []).append(path)
         enter()
         self.cover_directories()
-        cover_programs([settings, *(file.text for file in self.files.values())])
+        for command, cover in COVERS.items():
+            if os.path.isfile(command):
+                mount(cover, os.path.realpath(command), flags=MS_BIND)
         self.write_configuration(settings)
 
     def write_configuration(self, settings: str) -> None:
@@ -87,7 +87,7 @@ class NextRotation:
             for path, file in self.files.items():
                 if os.path.dirname(path) == folder:
                     copy = f"{copies}/{os.path.basename(path)}"
-                    write(copy, os.fsencode(LEFT_OUT_LINE.sub("", file.text)))
+                    write(copy, os.fsencode(file.text))
                     take_over(copy, os.stat(path))
         write(f"{SCRATCH}/main", os.fsencode(settings))
 
@@ -175,13 +175,6 @@ def enter() -> None:
         os.mkdir(f"{SCRATCH}/{folder}")
 
 
-def cover_programs(texts: list[str]) -> None:
-    covers = {command: TRUE for command in OTHER_PROGRAMS}
-    covers |= {command: CAT for text in texts for command in [COMPRESSOR, *COMPRESSOR_LINE.findall(text)]}
-    for command in {os.path.realpath(command): command for command in covers if os.path.isfile(command)}.values():
-        mount(covers[command], os.path.realpath(command), flags=MS_BIND)
-
-
 def global_settings() -> str:
     """Returns what the main configuration file sets before it includes a directory of rotation files."""
     try:
@@ -190,13 +183,13 @@ def global_settings() -> str:
         return ""
     directories = {os.path.realpath(path) for path in (HOSTS_DIRECTORY, SYSTEM_DIRECTORY)}
     end = next((match.start() for match in INCLUDE_LINE.finditer(text) if os.path.realpath(match[1]) in directories), len(text))
-    return LEFT_OUT_LINE.sub("", rotation_file.parse(text[:end]).outside)
+    return rotation_file.parse(text[:end]).outside
 
 
 def read(path: str, settings: str) -> RotationFile:
     text = rotation_file.read(path)
-    if OLD_DIRECTORY_LINE.search(f"{settings}\n{text}"):
-        raise Failure("olddir is set")
+    if setting := UNKNOWN.search(f"{settings}\n{text}"):
+        raise Failure(f"{setting[1]} is set")
     patterns = [pattern for stanza in rotation_file.parse(text).stanzas for pattern in stanza.logs()]
     folders = {os.path.dirname(pattern) for pattern in patterns}
     folders = {each for folder in folders for each in (glob.glob(folder) if glob.has_magic(folder) else [folder])}

@@ -6,7 +6,7 @@ import sys
 from typing import Any, NamedTuple
 
 from companions import batch
-from companions.backup import back_up, refuse
+from companions.backup import back_up, new_directory
 from companions.batch import Run
 from companions.changes import Changes
 from companions.command import Failure
@@ -50,6 +50,8 @@ def parse_options(words: list[str]) -> Options:
             del words[0]
             if not mark and not words:
                 raise Failure(f"{name} needs a value")
+            if values[name]:
+                raise Failure(f"{name} is given twice")
             values[name] = value if mark else words.pop(0)
             if not values[name]:
                 raise Failure(f"{name} needs a value")
@@ -158,7 +160,7 @@ def main(words: list[str]) -> int:
     if os.geteuid() != 0:
         raise Failure("must be run as root")
     if options.backup:
-        refuse(options.backup)
+        options = options._replace(backup=new_directory(options.backup))
     preview = make_preview(Machine(), options)
     if options.json:
         print_json(preview, options.backup is not None)

@@ -3,6 +3,7 @@
 The view is in a private mount namespace and ends with the process.
 """
 
+import contextlib
 import ctypes
 import os
 import re
@@ -33,7 +34,7 @@ ANSWER_SECONDS = 3
 CLONE_NEWNS, CLONE_NEWPID, CLONE_NEWNET = 0x20000, 0x20000000, 0x40000000
 MS_RDONLY, MS_NOSUID, MS_NODEV, MS_NOEXEC, MS_BIND, MS_REC, MS_PRIVATE = 0x1, 0x2, 0x4, 0x8, 0x1000, 0x4000, 0x40000
 MNT_DETACH = 2
-MOUNT_ATTR_RDONLY = 1
+MOUNT_ATTR_RDONLY, MOUNT_ATTR_NOATIME, MOUNT_ATTR_ATIME_MASK = 0x1, 0x10, 0x70
 MOUNT_ATTR_SIZE = 32
 AT_RECURSIVE = 0x8000
 PR_SET_PDEATHSIG = 1
@@ -53,9 +54,13 @@ def mount(source: str, target: str, kind: str = "", flags: int = 0, data: str = 
     system_call("mount", os.fsencode(source), os.fsencode(target), kind.encode(), ctypes.c_ulong(flags), data.encode())
 
 
+def set_attributes(target: str, attributes: int, cleared: int = 0, flags: int = 0) -> None:
+    what = (ctypes.c_uint64 * 4)(attributes, cleared)
+    system_call("mount_setattr", -1, os.fsencode(target), flags, what, ctypes.c_size_t(MOUNT_ATTR_SIZE))
+
+
 def make_read_only(target: str, flags: int = 0) -> None:
-    attributes = (ctypes.c_uint64 * 4)(MOUNT_ATTR_RDONLY)
-    system_call("mount_setattr", -1, os.fsencode(target), flags, attributes, ctypes.c_size_t(MOUNT_ATTR_SIZE))
+    set_attributes(target, MOUNT_ATTR_RDONLY, flags=flags)
 
 
 class Mount:
@@ -91,6 +96,9 @@ class Mount:
         self.fd = os.open(self.path, os.O_PATH | os.O_NOFOLLOW)
         # The process id differs from that in /proc if /proc belongs to another process namespace.
         self.real = f"/proc/{os.readlink('/proc/self')}/fd/{self.fd}"
+        # Reading leaves even the times of files as they are. A user namespace may not allow this.
+        with contextlib.suppress(OSError):
+            set_attributes(self.real, MOUNT_ATTR_NOATIME, MOUNT_ATTR_ATIME_MASK)
 
     def contains(self, path: str) -> bool:
         return path == self.path or path.startswith(self.path.rstrip("/") + "/")

@@ -35,7 +35,7 @@ LINES = ["\tdaily\n", "\tweekly\n", " rotate 3\n", "\tsize=10M\n", "\tcompress\n
 
 # Directives that an administrator may add.
 SETTINGS = ["dateext", "dateext\n\tdateformat -%Y-%m-%d", "delaycompress", "nocompress", "maxage 5", "create", "nocopytruncate", "start 3",
-            "extension .log", "notifempty", "ifempty", "compressext .zz", "compressoptions -9",
+            "extension .log", "notifempty", "ifempty", "compressext .zz",
             "su root root", "rotate 1", "nodateext", "sharedscripts", "copy", "mail a@b.example", "maillast", "shred"]
 
 
