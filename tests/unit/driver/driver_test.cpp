@@ -1,5 +1,6 @@
 #include "driver/driver.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -18,7 +19,6 @@
 #include "support/configured_file.h"
 #include "support/temporary_directory.h"
 #include "support/thrown.h"
-#include "unit/driver/command_line.h"
 
 int tool_main(int argc, char** argv);
 
@@ -31,8 +31,9 @@ class Driver : public testing::Test {
 protected:
   void run_tool(std::vector<std::string> words) const {
     words.insert(words.begin(), directory / "tool");
-    const CommandLine line(std::move(words));
-    run(line.argc(), line.argv());
+    std::vector<const char*> argv(words.size() + 1);
+    std::transform(words.begin(), words.end(), argv.begin(), [](const std::string& word) { return word.c_str(); });
+    run(static_cast<int>(words.size()), argv.data());
   }
 
   const TemporaryDirectory directory;

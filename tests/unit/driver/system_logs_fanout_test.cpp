@@ -6,7 +6,6 @@
 
 #include "support/call_fault.h"
 #include "support/thrown.h"
-#include "unit/driver/command_line.h"
 
 namespace tavek {
 
@@ -14,7 +13,9 @@ namespace {
 
 TEST(SystemLogsFanout, ReportsAFailedForkLikeAFailedExec) {
   const CallFault fault(Call::posix_spawn, EAGAIN);
-  EXPECT_EQ(thrown_by<std::system_error>([] { SystemLogsFanout("/bin/true", options_of({})).run(); }),
+  const char* const words[] = {"/opt/oru/admin/sbin/tavek-logrotate", nullptr};
+  const Options options = parse_options(1, words).value();
+  EXPECT_EQ(thrown_by<std::system_error>([&] { SystemLogsFanout("/bin/true", options).run(); }),
             "execve failed: Resource temporarily unavailable");
 }
 
