@@ -10,8 +10,7 @@
 #include <string_view>
 
 #include "finding.h"
-#include "plain_rewrite.h"
-#include "production_rewrite.h"
+#include "rewrites.h"
 
 namespace tavek {
 

@@ -1,4 +1,4 @@
-#include "plain_rewrite.h"
+#include "rewrites.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "production_rewrite.h"
+#include "rewrites.h"
 
 #include <stdexcept>
 #include <sys/mman.h>

@@ -10,9 +10,8 @@
 #include <vector>
 
 #include "plain_pattern.h"
-#include "plain_rewrite.h"
-#include "production_rewrite.h"
 #include "random_case.h"
+#include "rewrites.h"
 
 namespace tavek {
 namespace {
