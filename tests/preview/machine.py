@@ -11,6 +11,7 @@ import stat
 import subprocess
 import time
 from collections.abc import Callable
+from functools import partial
 from typing import Any
 
 HOSTS = "/opt/oru/etc/logrotate.d"
@@ -73,10 +74,7 @@ def disturb(chance: random.Random, unique: bool = False) -> None:
     elif kind == 3:
         if os.path.lexists(target):
             remove(target)
-        makers: list[Callable[[str], None]] = [
-            os.mkdir, os.mkfifo, lambda path: os.symlink("/var/link-target", path),
-                  lambda path: os.symlink(chance.choice(NAMES), path)]
-        chance.choice(makers)(target)
+        make_special(chance, target, "/var/link-target", chance.choice(NAMES))
     else:
         for _ in range(10):
             folder, log = chance.choice([(logs_of(chance.choice(NAMES)), chance.choice(LOGS)), ("/var/log/apache2", "access.log"),
@@ -86,6 +84,11 @@ def disturb(chance: random.Random, unique: bool = False) -> None:
                 write_unique(path)
             elif not unique:
                 write(path, "x" * chance.choice([0, 1, 1023, 1024, 5000]))
+
+
+def make_special(chance: random.Random, path: str, *link_targets: str) -> None:
+    makers: list[Callable[[str], None]] = [os.mkdir, os.mkfifo, *(partial(os.symlink, target) for target in link_targets)]
+    chance.choice(makers)(path)
 
 
 def remove(path: str) -> None:
@@ -140,9 +143,7 @@ def add_logs(chance: random.Random) -> None:
             os.utime(path, (when, when), follow_symlinks=False)
             if chance.random() < 0.1:
                 remove(path)
-                makers: list[Callable[[str], None]] = [
-                    os.mkfifo, os.mkdir, lambda path: os.symlink("/etc/passwd", path), lambda path: os.symlink("none", path)]
-                chance.choice(makers)(path)
+                make_special(chance, path, "/etc/passwd", "none")
 
 
 def add_settings(chance: random.Random) -> None:
