@@ -77,13 +77,6 @@ TEST_F(FileReplacementTest, ReplacesTheTargetOnlyAtTheRename) {
   EXPECT_EQ(directory.names(), Names{"target"});
 }
 
-TEST_F(FileReplacementTest, NeedsNoTarget) {
-  std::filesystem::remove(target);
-  FileReplacement replacement(target);
-  write_and_rename(replacement);
-  EXPECT_EQ(content_of(target), "new");
-}
-
 TEST_F(FileReplacementTest, RemovesATemporaryFileThatWasNotRenamed) {
   for (const bool completed : {false, true}) {
     {
@@ -133,21 +126,6 @@ TEST_F(FileReplacementTest, KeepsTheTargetIfTheDirectoryCannotBeOpened) {
   }
   EXPECT_EQ(content_of(target), "old");
   EXPECT_EQ(directory.names(), Names{"target"});
-}
-
-// The administrator can still put the new file in place.
-TEST_F(FileReplacementTest, KeepsTheTemporaryFileIfTheRenameFails) {
-  std::filesystem::remove(target);
-  std::filesystem::create_directory(target);
-  std::string temporary;
-  {
-    FileReplacement replacement(target);
-    temporary = temporary_file();
-    EXPECT_EQ(thrown_by<std::filesystem::filesystem_error>([&] { write_and_rename(replacement); }),
-              "filesystem error: cannot rename: Is a directory [" + temporary + "] [" + target + "]");
-  }
-  EXPECT_TRUE(std::filesystem::is_directory(target));
-  EXPECT_EQ(content_of(temporary), "new");
 }
 
 TEST_F(FileReplacementTest, NamesTheFileThatItCannotCreate) {

@@ -50,7 +50,6 @@ TEST_F(LogAtStart, WritesNoReportAboveTheThreshold) {
 }
 
 TEST_F(LogAtStart, DoesNotUseSyslog) {
-  syslog_calls().clear();
   report_at(3);
   EXPECT_TRUE(syslog_calls().empty());
 }
@@ -177,14 +176,12 @@ TEST_F(LogLevel, SetsTheSyslogMaskWithoutADestination) {
 }
 
 TEST_F(LogLevel, SetsTheSyslogMaskToARaisedThreshold) {
-  syslog_calls().clear();
   threshold_with("7", 3 | kLogLevelFromEnvironment);
   EXPECT_EQ(syslog_calls(), Calls{"setlogmask(255)"});
 }
 
 TEST_F(LogLevel, DoesNotSetTheSyslogMaskWithADestination) {
   log_state().log_destination = "file";
-  syslog_calls().clear();
   log_set_level(5);
   EXPECT_TRUE(syslog_calls().empty());
   EXPECT_EQ(log_state().log_threshold, 5);

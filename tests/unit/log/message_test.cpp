@@ -40,10 +40,6 @@ void join_streams() {
   dup2(STDERR_FILENO, STDOUT_FILENO);
 }
 
-TEST_F(PrintMessage, PrintsOnStandardErrorThenOnStandardOutput) {
-  EXPECT_EQ(written_by([] { print_message("text", 0); }), on_both_streams("text\n"));
-}
-
 TEST_F(PrintMessage, AddsANewlineOnlyIfTheTextDoesNotEndWithOne) {
   EXPECT_EQ(written_by([] { print_message("two\nlines\n", 0); }), on_both_streams("two\nlines\n"));
   EXPECT_EQ(written_by([] { print_message("", 0); }), on_both_streams("\n"));

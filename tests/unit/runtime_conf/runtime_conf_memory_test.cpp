@@ -103,13 +103,6 @@ TEST_F(RuntimeConfMemory, KeepsTheOldValueIfEitherCopyCannotBeAllocated) {
   EXPECT_EQ(found("A"), "old");
 }
 
-TEST_F(RuntimeConfMemory, FreesAStoreAfterAFailure) {
-  define_numbered(21);
-  const CallFault first(Call::allocation, ENOMEM);
-  expect_failure(runtime_conf_set("A", "1", store), cannot_copy());
-  EXPECT_EQ(store->count, 21U);
-}
-
 /// The same tests for definitions that are read from a file.
 class RuntimeConfFileMemory : public RuntimeConfMemory {
 protected:
