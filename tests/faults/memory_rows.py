@@ -1,6 +1,5 @@
 """Failing allocations: each allocation fails in turn, first alone and then together with all later ones."""
 
-import itertools
 import os
 import shutil
 import signal
@@ -12,7 +11,6 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 DYNAMIC = f"{HERE}/dynamic"
 LIBRARY = "/tmp/fail_allocation.so"
 COUNT = "/tmp/allocations"
-CLOSED = [closed for count in (1, 2, 3) for closed in itertools.combinations(range(3), count)]
 RUN = (*DAILY, "-K")
 
 
@@ -32,10 +30,9 @@ class Sweep:
         row.check((result.status, result.error) == (0, b"") and self.new != before, f"a run without a fault: {result}")
         self.count = int(get(COUNT))
 
-    def run(self, closed=(), **variables):
+    def run(self, **variables):
         reset(self.before, self.target)
-        return run([DYNAMIC, *self.arguments], env={**os.environ, "LD_PRELOAD": LIBRARY, **variables},
-                   preexec_fn=lambda: [os.close(stream) for stream in closed])
+        return run([DYNAMIC, *self.arguments], env={**os.environ, "LD_PRELOAD": LIBRARY, **variables})
 
     def fail_each(self):
         for number in range(1, self.count + 1):
@@ -86,15 +83,3 @@ def cleanup(row):
         put(f"{LOGS}/error_log.{number}", b"")
     Sweep(row, DAILY, OLD, failures=(1, 2, -signal.SIGABRT)).fail_each()
     shutil.rmtree(LOGS)
-
-
-@row("failing allocations with closed standard streams")
-def closed_streams(row):
-    """The message of a failure that the run survives must not be written into the new file."""
-    sweep = Sweep(row, RUN, None)
-    results = {number: sweep.run(FAIL_ALLOCATION=str(number)) for number in range(1, sweep.count + 1)}
-    survived = [number for number, result in results.items() if result.status == 0 and result.error]
-    for number, closed in itertools.product(survived, CLOSED):
-        result = sweep.run(closed, FAIL_ALLOCATION=str(number))
-        row.check((result.status, get(TARGET)) == (0, sweep.new), f"allocation {number}, closed {closed}: {result}")
-    row.figure(f"{len(survived)} survived failures with 7 combinations each")
