@@ -140,6 +140,8 @@ class Check:
                 match = HOST_LOG.fullmatch(log)
                 if path in known or match and FOREIGN + match[2] in known:
                     continue
+                # logrotate skips the whole file. Usually all its stanzas are duplicates, from one cause.
+                known.add(path)
                 text = text.replace(log, self.view.patterns.get(log, log) if self.view else log)
             broken = self.configuration.texts.get(path) if kind == "error" and line and is_host_file(path) else None
             if self.view and broken and repairs < MOST_REPAIRS:
@@ -178,13 +180,17 @@ class Check:
 
     def check_files(self, reading: Reading) -> None:
         """Reports directives that have no effect. logrotate does not notice them."""
-        rotations = self.configuration.rotation
-        for path in [path for path in reading.read if is_managed(path) and path in rotations]:
-            for command, line in missing_commands(rotations[path]).items():
+        before: list[str] = []
+        for path in reading.read:
+            rotation = self.configuration.rotation.get(path)
+            if rotation is None:
+                continue
+            # A directive outside the stanzas applies to the files that logrotate reads later, too.
+            before += SHARED_SCRIPTS.findall(rotation.outside)
+            for command, line in missing_commands(rotation).items() if is_managed(path) else ():
                 self.add(path, line, "command", f"{command} does not exist or cannot be executed")
-            outside = (rotations[self.main].outside + "\n" if self.main in rotations else "") + rotations[path].outside
-            for stanza in rotations[path].stanzas:
-                words = SHARED_SCRIPTS.findall(outside + "\n" + "\n".join(each.text for each in stanza.of_kind("other")))
+            for stanza in rotation.stanzas if is_managed(path) else ():
+                words = before[-1:] + SHARED_SCRIPTS.findall("\n".join(each.text for each in stanza.of_kind("other")))
                 if words and not words[-1] and stanza.of_kind("anonymizer"):
                     self.add(path, stanza.number, "anonymize", "sharedscripts keeps the script from anonymizing rotated logs; "
                              "replace it with nosharedscripts")
