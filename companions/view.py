@@ -8,9 +8,9 @@ import ctypes
 import os
 import re
 import resource
-import select
 import signal
 import stat
+import time
 
 from companions.command import Failure
 from companions.text import printable
@@ -33,7 +33,6 @@ ANSWER_SECONDS = 3
 # From <sched.h>, <sys/mount.h>, <linux/mount.h>, <fcntl.h> and <sys/prctl.h>.
 CLONE_NEWNS, CLONE_NEWPID, CLONE_NEWNET = 0x20000, 0x20000000, 0x40000000
 MS_RDONLY, MS_NOSUID, MS_NODEV, MS_NOEXEC, MS_BIND, MS_REC, MS_PRIVATE = 0x1, 0x2, 0x4, 0x8, 0x1000, 0x4000, 0x40000
-MNT_DETACH = 2
 MOUNT_ATTR_RDONLY, MOUNT_ATTR_NOATIME, MOUNT_ATTR_ATIME_MASK = 0x1, 0x10, 0x70
 MOUNT_ATTR_SIZE = 32
 AT_RECURSIVE = 0x8000
@@ -138,44 +137,27 @@ def enter_private_namespace() -> None:
     mount("none", "/", flags=MS_REC | MS_PRIVATE)
 
 
-def ask(groups: list[list[Mount]]) -> list[str]:
-    """Returns, for each group of mounts, one character for each mount that answers: "+" if it is visible.
-
-    A child for each group asks its mounts in turn. It may never return.
-    """
-    children: dict[int, tuple[int, int]] = {}
-    for number, group in enumerate(groups):
-        readable, writable = os.pipe()
-        child = os.fork()
-        if child == 0:
-            try:
-                for each in group:
-                    os.write(writable, b"+" if each.answers() else b"-")
-            finally:
-                os._exit(0)
-        os.close(writable)
-        children[readable] = number, child
-    answers = [""] * len(groups)
-    while children and (ready := select.select(list(children), [], [], ANSWER_SECONDS)[0]):
-        for readable in ready:
-            if said := os.read(readable, 4096):
-                answers[children[readable][0]] += said.decode()
-            else:
-                os.close(readable)
-                del children[readable]
-    for readable, (_, child) in children.items():
-        os.close(readable)
-        os.kill(child, signal.SIGKILL)
-    return answers
-
-
 def silent_mounts(mounts: list[Mount]) -> list[Mount]:
     """Returns the mounts that do not answer. Removes these from `mounts`, and those that are hidden by another mount."""
-    answers = list(ask([mounts])[0])
-    # If one is silent, the others are asked at once: a user can make many that are.
-    answers += [answer or "?" for answer in ask([[each] for each in mounts[len(answers):]])]
-    silent = [each for each, answer in zip(mounts, answers) if answer == "?"]
-    mounts[:] = [each for each, answer in zip(mounts, answers) if answer == "+"]
+    children: dict[int, Mount] = {}
+    for each in mounts:
+        if (child := os.fork()) == 0:  # It may never end.
+            try:
+                os._exit(0 if each.answers() else 1)
+            finally:
+                os._exit(1)
+        children[child] = each
+    silent = []
+    end = time.monotonic() + ANSWER_SECONDS
+    mounts.clear()
+    for child, each in children.items():
+        while (ended := os.waitpid(child, os.WNOHANG)) == (0, 0) and time.monotonic() < end:
+            time.sleep(0.001)
+        if ended == (0, 0):
+            os.kill(child, signal.SIGKILL)
+            silent.append(each)
+        elif ended[1] == 0:
+            mounts.append(each)
     return silent
 
 

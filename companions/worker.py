@@ -1,16 +1,15 @@
 """A process inside the view, which starts the runs there."""
 
-import contextlib
 import os
 import pickle
 import resource
 import select
 import signal
-from collections.abc import Callable, Iterator
+from collections.abc import Callable
 from typing import Any, BinaryIO, NamedTuple, NoReturn, ParamSpec, TypeVar
 
 from companions.command import Failure
-from companions.view import CLONE_NEWPID, FILE_LIMITS, MNT_DETACH, MS_NODEV, MS_NOEXEC, MS_NOSUID, MS_RDONLY
+from companions.view import CLONE_NEWPID, FILE_LIMITS, MS_NODEV, MS_NOEXEC, MS_NOSUID, MS_RDONLY
 from companions.view import PR_SET_PDEATHSIG, VIEW, Mount, mount, system_call
 
 P = ParamSpec("P")
@@ -63,8 +62,8 @@ def contents(fd: int) -> bytes:
 class Worker:
     """Calls functions in a process whose root directory is the view, in a process namespace of its own."""
 
-    def __init__(self, mounts: list[Mount], directory: str | None):
-        """`directory` is the current directory of the runs, or None if it has been removed."""
+    def __init__(self, mounts: list[Mount], directory: str):
+        """`directory` is the current directory of the runs."""
         requests, replies = os.pipe(), os.pipe()
         parent = os.getpid()
         if os.fork() == 0:
@@ -116,7 +115,7 @@ def die_with(parent: int) -> None:
         os._exit(1)
 
 
-def serve(requests: int, replies: int, mounts: list[Mount], directory: str | None) -> NoReturn:
+def serve(requests: int, replies: int, mounts: list[Mount], directory: str) -> NoReturn:
     with open(replies, "wb") as answers:
         try:
             enter(mounts, directory, {requests, replies})
@@ -136,7 +135,7 @@ def serve(requests: int, replies: int, mounts: list[Mount], directory: str | Non
     os._exit(0)
 
 
-def enter(mounts: list[Mount], directory: str | None, keep: set[int]) -> None:
+def enter(mounts: list[Mount], directory: str, keep: set[int]) -> None:
     """Makes the view the root directory of this process. An open file would be a way out, through /proc/1/fd."""
     for each in mounts:
         if each.kind == "proc" and each.root == "/":
@@ -153,26 +152,11 @@ def enter(mounts: list[Mount], directory: str | None, keep: set[int]) -> None:
     os.closerange(first + 1, second)
     os.closerange(second + 1, 1 << 30)
     resource.setrlimit(resource.RLIMIT_NOFILE, FILE_LIMITS)
-    try:
-        os.chdir(directory or "")
-    except OSError:
-        # From a directory without a name nothing else can be reached.
-        with memory_directory() as path:
-            os.chdir(path)
+    os.chdir(directory)
 
 
-@contextlib.contextmanager
-def memory_directory() -> Iterator[str]:
-    """Mounts an empty file system in memory. Its root directory is a directory without a name afterwards."""
-    mount("none", "/sys", "tmpfs")
-    yield "/sys"
-    system_call("umount2", b"/sys", MNT_DETACH)
-
-
-def current_directory() -> str | None:
-    """Returns the path of the current directory, or None if it has no path."""
-    try:
-        path = os.getcwd()
-        return path if os.path.samefile(path, ".") else None
-    except OSError:
-        return None
+def current_directory() -> str:
+    path = os.getcwd()
+    if not os.path.samefile(path, "."):
+        raise Failure("the current directory has no path")
+    return path
