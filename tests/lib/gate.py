@@ -55,7 +55,8 @@ class Gate:
         for thread in threads:
             thread.start()
         for thread in threads:
-            thread.join()
+            while thread.is_alive():
+                thread.join(POLL)  # A signal that comes just before the wait is handled only after it.
         return 128 + self.signal if self.signal else self._finish()
 
     def _stop(self, number: int, _: FrameType | None) -> None:
