@@ -79,8 +79,10 @@ class NextRotation:
         self.write_configuration(settings)
 
     def write_configuration(self, settings: str) -> None:
-        """Writes copies of the rotation files, and a main file that includes them."""
-        for number, folder in enumerate(sorted({os.path.dirname(path) for path in self.files})):
+        """Writes copies of the rotation files, and a main file that includes them in the usual order."""
+        folders = sorted({os.path.dirname(path) for path in self.files},
+                         key=lambda folder: (folder != SYSTEM_DIRECTORY, folder != HOSTS_DIRECTORY, folder))
+        for number, folder in enumerate(folders):
             copies = f"{SCRATCH}/files/{number}"
             os.mkdir(copies)
             settings += f"\ninclude {copies}\n"
