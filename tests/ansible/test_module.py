@@ -16,10 +16,10 @@ from ansible.module_utils import basic  # type: ignore[import]
 
 sys.dont_write_bytecode = True
 MODULE = pathlib.Path(__file__).resolve().parents[2] / "contrib/ansible/roles/tavek_logrotate/library/tavek_logrotate.py"
-specification = importlib.util.spec_from_file_location("tavek_logrotate", MODULE)
-assert specification and specification.loader
-tavek_logrotate = importlib.util.module_from_spec(specification)
-specification.loader.exec_module(tavek_logrotate)
+module_spec = importlib.util.spec_from_file_location("tavek_logrotate", MODULE)
+assert module_spec and module_spec.loader
+tavek_logrotate = importlib.util.module_from_spec(module_spec)
+module_spec.loader.exec_module(tavek_logrotate)
 
 DAILY: dict[str, Any] = {"period": "daily", "count": 7, "compress": True}
 TOO_LONG = ".".join(["a" * 61] * 4) + ".b"  # By one character.
